@@ -1,0 +1,42 @@
+#include "engine/conversioninput.h"
+
+#include "foundation/file.h"
+#include "foundation/folders.h"
+#include "foundation/pathtext.h"
+#include "naming/sourcefile.h"
+
+clConversionInput::~clConversionInput() {
+    for (int64_t i = 0; i < sources.count; ++i) delete sources.At<clSourceFile>(i);
+}
+
+void clConversionInput::AddSource(const clString& path, bool checkDuplicates) {
+    if (checkDuplicates) {
+        for (int64_t i = 0; i < sources.count; ++i) {
+            if (Source(i).path.EqualsNoCase(path)) return;
+        }
+    }
+    clString extension = GetExtension(path);
+    if (extensions.Find(extension.text, true)) {
+        sources.Add(new clSourceFile(path));
+    } else {
+        excludedFiles.Add(path);
+    }
+}
+
+void clConversionInput::LoadListFile(const clString& listFile) {
+    clStringList paths;
+    {
+        clFile file;
+        file.fileName = listFile;
+        file.Open(clAccessRead, clOpenExisting, false, true);
+        if (file.handle != clInvalidHandle) {
+            clString line;
+            while (file.ReadLine(line, true, false)) {
+                if (!line.IsEmpty()) paths.Add(line);
+            }
+        }
+    }
+    paths.Sort(true);
+    for (int64_t i = 0; i < paths.Count(); ++i) AddSource(paths[i], false);
+    DeleteFileEx(listFile);
+}

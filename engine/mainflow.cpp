@@ -1,0 +1,146 @@
+#include "engine/mainflow.h"
+
+#include "engine/commandoptions.h"
+#include "engine/conversioninput.h"
+#include "engine/globals.h"
+#include "foundation/bytebuffer.h"
+#include "foundation/file.h"
+#include "foundation/messagebox.h"
+#include "foundation/pathtext.h"
+#include "foundation/platform/processinfo.h"
+#include "foundation/specialfolder.h"
+#include "foundation/stringlist.h"
+
+namespace {
+
+constexpr const char16_t* kConcatExtension = u".quillotone-concat";
+
+// Reads the whole extras file; anything short of a full, non-empty read is
+// ignored without a word.
+void ReadNamingExtras(const clString& path, const clMainFlowStages& stages) {
+    if (path.IsEmpty()) return;
+    clFile file;
+    file.fileName = path;
+    file.Open(clAccessRead, clOpenExisting, false, true);
+    if (file.handle == clInvalidHandle) return;
+    int64_t size = PlatformFileSizeOf(file.handle);
+    if (size <= 0 || size > 0x7FFFFFFF) return;
+    clByteBuffer block;
+    if (!block.Resize(static_cast<uint64_t>(size), false, false, 0)) return;
+    bool failed = false;
+    uint32_t got = file.Read(block.data, static_cast<uint32_t>(size), &failed);
+    if (failed || got != static_cast<uint32_t>(size)) return;
+    block.writePos = block.size;
+    globalNamingExtrasBlock.Assign(block);
+    stages.loadNamingExtras(block);
+}
+
+bool LoadList(const clString& listFile, const clCommandOptions& options, clConversionInput& input,
+              const clMainFlowStages& stages) {
+    if (stages.handOverToOpenWindow(listFile)) return false;
+    input.LoadListFile(listFile);
+    clString eventName = options.Get(u"signal_event_got_files");
+    if (!eventName.IsEmpty()) stages.signalGotFiles(eventName);
+    return true;
+}
+
+}  // namespace
+
+bool HandleCommandLine(const clString& commandLine, clConversionInput& input, const clMainFlowStages& stages) {
+    clCommandOptions options;
+    options.ParseCommandLine(commandLine);
+
+    ReadNamingExtras(options.Get(u"dynamic_naming_extras"), stages);
+    input.centerOnWindow = options.Get(u"centeronwnd").ToInt64();
+    if (options.Has(u"skip_ready_to_conv")) globalSkipOptions = true;
+    if (options.Has(u"select_profile")) {
+        clString encoder = options.Get(u"select_profile");
+        encoder.Replace(u"{profileqt}", u"\"");
+        globalEncoder = encoder;
+    }
+    if (options.Has(u"additionalprofile")) globalProfile = options.Get(u"additionalprofile");
+
+    clString listFile = options.Get(u"list_to_conv");
+    if (!listFile.IsEmpty()) return LoadList(listFile, options, input, stages);
+
+    clString raw = options.GetRawArguments();
+    if (raw.IsEmpty()) return true;
+    if (raw.Equals(u"<config>")) {
+        clString program = JoinPath(GetProgramFolder(), clString(u"QvConfig"));
+        program.Append(PlatformExecutableSuffix());
+        stages.startProgram(program);
+        return false;
+    }
+    if (raw.Equals(u"<install>")) {
+        stages.showMessage(clString(u"The codec installed is not compatible with the newer Quillotone (R12 and above)"));
+    }
+    clString message(u"Unknown Command Line: '", raw.text);
+    message.Append(u"'");
+    stages.showMessage(message);
+    return false;
+}
+
+void RunMainFlow(const clString& commandLine, clConversionInput& input, const clMainFlowStages& stages) {
+    stages.addDecoderExtensions(input);
+    input.extensions.Add(kConcatExtension);
+    if (!HandleCommandLine(commandLine, input, stages)) return;
+    if (globalEncoder.IsEmpty()) {
+        globalEncoder = stages.readLastEncoder(clString::Formatted(u"qvtLastCodec%s", globalProfile.text));
+    }
+    if (input.sources.count == 0) {
+        stages.runOpenFileDialog(input);
+        if (input.sources.count == 0) return;
+    }
+    if (!globalSkipOptions && !stages.runOptionsWindow(input)) return;
+    stages.runConversionWindow(input);
+}
+
+clMainFlowStages clMainFlowStages::Defaults() {
+    clMainFlowStages stages;
+    stages.addDecoderExtensions = AddDecoderExtensions;
+    stages.handOverToOpenWindow = HandOverToOpenWindow;
+    stages.readLastEncoder = ReadLastEncoderSetting;
+    stages.loadNamingExtras = LoadNamingExtras;
+    stages.signalGotFiles = SignalGotFilesEvent;
+    stages.runOpenFileDialog = RunOpenFileDialog;
+    stages.runOptionsWindow = RunOptionsWindow;
+    stages.runConversionWindow = RunConversionWindow;
+    stages.startProgram = [](const clString& program) {
+        clStringList none;
+        return PlatformStartProcess(program, none);
+    };
+    stages.showMessage = [](const clString& text) {
+        clMessageBox(text, clString(clProgramCaption), clMbTopmost);
+    };
+    return stages;
+}
+
+int TrackConverterMain() {
+    clString dumpFolder = GetSpecialFolder(clFolderAppData);
+    AddBackslash(dumpFolder);
+    dumpFolder.Append(u"qvt");
+    InstallCrashCapture(dumpFolder);
+    PlatformInitializeComponents();
+    settingsRootKey = u"Software\\Harrowmere\\Quillotone";
+    settingsRootHive = clHkeyCurrentUser;
+    {
+        clConversionInput input;
+        clString commandLine;
+        PlatformGetCommandLine(commandLine);
+        RunMainFlow(commandLine, input, clMainFlowStages::Defaults());
+    }
+    PlatformUninitializeComponents();
+    return 0;
+}
+
+// Seams. Each stands for a stage of a subsystem that is not built yet and
+// does nothing until it is.
+void AddDecoderExtensions(clConversionInput& /*input*/) {}
+bool HandOverToOpenWindow(const clString& /*listFile*/) { return false; }
+clString ReadLastEncoderSetting(const clString& /*settingName*/) { return clString(); }
+void LoadNamingExtras(const clByteBuffer& /*block*/) {}
+void SignalGotFilesEvent(const clString& /*eventName*/) {}
+void RunOpenFileDialog(clConversionInput& /*input*/) {}
+bool RunOptionsWindow(clConversionInput& /*input*/) { return false; }
+void RunConversionWindow(clConversionInput& /*input*/) {}
+void InstallCrashCapture(const clString& /*dumpFolder*/) {}

@@ -1,0 +1,62 @@
+// The program's road from process start to process end: command-line
+// handling and the main flow, which runs the options window and then the
+// conversion window once each and never loops.
+//
+// The stages that other parts of the program provide are reached through
+// clMainFlowStages, so that tests can follow the flow stage by stage. The
+// defaults are the program's own functions; those whose subsystem is not
+// built yet are named seams below and do nothing.
+#pragma once
+
+#include <functional>
+
+#include "foundation/clstring.h"
+
+class clConversionInput;
+class clByteBuffer;
+
+struct clMainFlowStages {
+    // Accepted extensions from the installed decoders' file-type filter.
+    std::function<void(clConversionInput&)> addDecoderExtensions;
+    // Offers a list file to an options window open in another process;
+    // true when that window took the files.
+    std::function<bool(const clString& listFile)> handOverToOpenWindow;
+    // The last entry used, from the setting "qvtLastCodec" + profile.
+    std::function<clString(const clString& settingName)> readLastEncoder;
+    // Parses the extras file (a tag block) into the naming extras.
+    std::function<void(const clByteBuffer& block)> loadNamingExtras;
+    // Sets a named event so that the caller of -list_to_conv knows the
+    // files were taken.
+    std::function<void(const clString& eventName)> signalGotFiles;
+    std::function<void(clConversionInput&)> runOpenFileDialog;
+    // True when the user started the conversion.
+    std::function<bool(clConversionInput&)> runOptionsWindow;
+    std::function<void(clConversionInput&)> runConversionWindow;
+    // Starts a program of the installation, not waiting for it.
+    std::function<bool(const clString& program)> startProgram;
+    // Shows a message to the user (no owner, topmost).
+    std::function<void(const clString& text)> showMessage;
+
+    // The program's own stages.
+    static clMainFlowStages Defaults();
+};
+
+constexpr const char16_t* clProgramCaption = u"Quillotone Track Converter";
+
+// Applies the command-line rules; false ends the process.
+bool HandleCommandLine(const clString& commandLine, clConversionInput& input, const clMainFlowStages& stages);
+// Runs the main flow once with the process's command line text.
+void RunMainFlow(const clString& commandLine, clConversionInput& input, const clMainFlowStages& stages);
+// The process entry: start-up, main flow, end. Always returns 0.
+int TrackConverterMain();
+
+// Seams: stages whose subsystems come later. Each does nothing yet.
+void AddDecoderExtensions(clConversionInput& input);
+bool HandOverToOpenWindow(const clString& listFile);
+clString ReadLastEncoderSetting(const clString& settingName);
+void LoadNamingExtras(const clByteBuffer& block);
+void SignalGotFilesEvent(const clString& eventName);
+void RunOpenFileDialog(clConversionInput& input);
+bool RunOptionsWindow(clConversionInput& input);
+void RunConversionWindow(clConversionInput& input);
+void InstallCrashCapture(const clString& dumpFolder);

@@ -1,0 +1,44 @@
+// Folder and name operations of the file system, and directory listing.
+//
+// Errors are numbered as in fileio.h. Find patterns follow the Windows
+// rules on both platforms: `*` and `?` in the last component, matched
+// ignoring ASCII case, "*.*" matching every name; a last component without
+// wildcards finds that one entry.
+#pragma once
+
+#include <cstdint>
+
+#include "foundation/clstring.h"
+
+constexpr uint32_t clAttributeReadOnly = 0x01;
+constexpr uint32_t clAttributeHidden = 0x02;
+constexpr uint32_t clAttributeDirectory = 0x10;
+constexpr uint32_t clAttributeNormal = 0x80;
+
+constexpr uint32_t clDriveNoRootDir = 1;
+
+struct clFindData {
+    uint32_t attributes = 0;
+    uint64_t size = 0;
+    int64_t writeTime = 0;  // seconds since 1970, UTC
+    clString name;          // the entry's name, without its folder
+};
+
+using clFindHandle = intptr_t;
+constexpr clFindHandle clInvalidFind = -1;
+
+clFindHandle PlatformFindFirst(const char16_t* pattern, clFindData& found);
+bool PlatformFindNext(clFindHandle handle, clFindData& found);
+void PlatformFindClose(clFindHandle handle);
+
+bool PlatformDeleteFile(const char16_t* path);
+bool PlatformMoveFile(const char16_t* from, const char16_t* to);
+bool PlatformCreateDirectory(const char16_t* path);
+bool PlatformRemoveDirectory(const char16_t* path);
+bool PlatformSetFileAttributes(const char16_t* path, uint32_t attributes);
+// GetDriveTypeW's answer for a root given with its separator; 1 means
+// there is no such root. POSIX: 3 (fixed) when the path names an existing
+// folder, else 1.
+uint32_t PlatformGetDriveType(const char16_t* root);
+// The temporary folder with its trailing separator; false when unknown.
+bool PlatformGetTempPath(clString& path);

@@ -1,0 +1,175 @@
+#include "foundation/platform/filesystem.h"
+
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <string>
+
+#include "foundation/platform/fileio.h"
+#include "foundation/platform/posixsupport_posix.h"
+#include "foundation/wildcard.h"
+
+namespace {
+
+struct FindState {
+    DIR* dir = nullptr;
+    std::string folder;   // with trailing '/', or empty for the current folder
+    clString pattern;     // the last component, wildcards allowed
+};
+
+constexpr uint32_t kReparsePoint = 0x400;
+
+void FillFromStat(const struct stat& st, const char* name, bool isLink, clFindData& found) {
+    found.attributes = isLink ? kReparsePoint : 0;
+    if (S_ISDIR(st.st_mode)) found.attributes |= clAttributeDirectory;
+    if ((st.st_mode & S_IWUSR) == 0) found.attributes |= clAttributeReadOnly;
+    if (name[0] == '.') found.attributes |= clAttributeHidden;
+    if (found.attributes == 0) found.attributes = clAttributeNormal;
+    found.size = S_ISDIR(st.st_mode) ? 0 : static_cast<uint64_t>(st.st_size);
+    found.writeTime = st.st_mtime;
+    FromNative(name, found.name);
+}
+
+bool NextMatch(FindState& state, clFindData& found) {
+    while (dirent* entry = ::readdir(state.dir)) {
+        clString name;
+        FromNative(entry->d_name, name);
+        if (!clWildcardMatch(state.pattern.text, name.text)) continue;
+        std::string full = state.folder + entry->d_name;
+        // A link is reported as a reparse point, as Windows reports a
+        // junction, so that tree walks remove it instead of following it.
+        struct stat st {};
+        if (::lstat(full.c_str(), &st) != 0) continue;
+        bool isLink = S_ISLNK(st.st_mode);
+        if (isLink) {
+            struct stat target {};
+            if (::stat(full.c_str(), &target) == 0) st = target;
+        }
+        FillFromStat(st, entry->d_name, isLink, found);
+        return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+clFindHandle PlatformFindFirst(const char16_t* pattern, clFindData& found) {
+    std::string native = NativePath(pattern);
+    size_t slash = native.rfind('/');
+    std::string folder = slash == std::string::npos ? std::string() : native.substr(0, slash + 1);
+    std::string last = slash == std::string::npos ? native : native.substr(slash + 1);
+    if (last.empty()) {
+        PlatformSetLastError(clErrorFileNotFound);
+        return clInvalidFind;
+    }
+    auto* state = new FindState;
+    state->folder = folder;
+    FromNative(last.c_str(), state->pattern);
+    state->dir = ::opendir(folder.empty() ? "." : folder.c_str());
+    if (state->dir == nullptr) {
+        SetLastErrorFromErrno(errno == ENOENT ? ENOTDIR : errno);
+        delete state;
+        return clInvalidFind;
+    }
+    if (!NextMatch(*state, found)) {
+        ::closedir(state->dir);
+        delete state;
+        PlatformSetLastError(clErrorFileNotFound);
+        return clInvalidFind;
+    }
+    return reinterpret_cast<clFindHandle>(state);
+}
+
+bool PlatformFindNext(clFindHandle handle, clFindData& found) {
+    if (handle == clInvalidFind) return false;
+    return NextMatch(*reinterpret_cast<FindState*>(handle), found);
+}
+
+void PlatformFindClose(clFindHandle handle) {
+    if (handle == clInvalidFind) return;
+    auto* state = reinterpret_cast<FindState*>(handle);
+    ::closedir(state->dir);
+    delete state;
+}
+
+bool PlatformDeleteFile(const char16_t* path) {
+    std::string native = NativePath(path);
+    struct stat st {};
+    if (::lstat(native.c_str(), &st) == 0 && S_ISDIR(st.st_mode)) {
+        PlatformSetLastError(clErrorAccessDenied);
+        return false;
+    }
+    if (::unlink(native.c_str()) != 0) {
+        SetLastErrorFromErrno(errno);
+        return false;
+    }
+    return true;
+}
+
+bool PlatformMoveFile(const char16_t* from, const char16_t* to) {
+    std::string target = NativePath(to);
+    // MoveFileW never replaces an existing target; rename(2) would.
+    struct stat st {};
+    if (::lstat(target.c_str(), &st) == 0) {
+        PlatformSetLastError(clErrorAlreadyExists);
+        return false;
+    }
+    if (::rename(NativePath(from).c_str(), target.c_str()) != 0) {
+        SetLastErrorFromErrno(errno);
+        return false;
+    }
+    return true;
+}
+
+bool PlatformCreateDirectory(const char16_t* path) {
+    if (::mkdir(NativePath(path).c_str(), 0777) != 0) {
+        SetLastErrorFromErrno(errno == ENOENT ? ENOTDIR : errno);
+        return false;
+    }
+    return true;
+}
+
+bool PlatformRemoveDirectory(const char16_t* path) {
+    if (::rmdir(NativePath(path).c_str()) != 0) {
+        SetLastErrorFromErrno(errno);
+        return false;
+    }
+    return true;
+}
+
+bool PlatformSetFileAttributes(const char16_t* path, uint32_t attributes) {
+    std::string native = NativePath(path);
+    struct stat st {};
+    if (::stat(native.c_str(), &st) != 0) {
+        SetLastErrorFromErrno(errno);
+        return false;
+    }
+    mode_t mode = st.st_mode & 07777;
+    if ((attributes & clAttributeReadOnly) != 0) {
+        mode &= ~static_cast<mode_t>(S_IWUSR | S_IWGRP | S_IWOTH);
+    } else {
+        mode |= S_IWUSR;
+    }
+    if (::chmod(native.c_str(), mode) != 0) {
+        SetLastErrorFromErrno(errno);
+        return false;
+    }
+    return true;
+}
+
+uint32_t PlatformGetDriveType(const char16_t* root) {
+    struct stat st {};
+    if (::stat(NativePath(root).c_str(), &st) == 0 && S_ISDIR(st.st_mode)) return 3;
+    return clDriveNoRootDir;
+}
+
+bool PlatformGetTempPath(clString& path) {
+    const char* dir = std::getenv("TMPDIR");
+    if (dir == nullptr || dir[0] == 0) dir = "/tmp";
+    FromNative(dir, path);
+    if (path.CharAt(clStringLast) != u'/') path.Append(u"/");
+    return true;
+}

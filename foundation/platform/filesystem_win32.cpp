@@ -1,0 +1,65 @@
+#include "foundation/platform/filesystem.h"
+
+#include <windows.h>
+
+#include "foundation/platform/fileio.h"
+
+namespace {
+
+LPCWSTR W(const char16_t* text) { return reinterpret_cast<LPCWSTR>(text); }
+
+void Fill(const WIN32_FIND_DATAW& data, clFindData& found) {
+    found.attributes = data.dwFileAttributes;
+    found.size = (static_cast<uint64_t>(data.nFileSizeHigh) << 32) | data.nFileSizeLow;
+    uint64_t ticks = (static_cast<uint64_t>(data.ftLastWriteTime.dwHighDateTime) << 32) |
+                     data.ftLastWriteTime.dwLowDateTime;
+    found.writeTime = static_cast<int64_t>(ticks / 10000000ULL) - 11644473600LL;
+    found.name.Assign(reinterpret_cast<const char16_t*>(data.cFileName));
+}
+
+}  // namespace
+
+clFindHandle PlatformFindFirst(const char16_t* pattern, clFindData& found) {
+    WIN32_FIND_DATAW data;
+    HANDLE h = FindFirstFileW(W(pattern), &data);
+    if (h == INVALID_HANDLE_VALUE) return clInvalidFind;
+    Fill(data, found);
+    return reinterpret_cast<clFindHandle>(h);
+}
+
+bool PlatformFindNext(clFindHandle handle, clFindData& found) {
+    if (handle == clInvalidFind) return false;
+    WIN32_FIND_DATAW data;
+    if (!FindNextFileW(reinterpret_cast<HANDLE>(handle), &data)) return false;
+    Fill(data, found);
+    return true;
+}
+
+void PlatformFindClose(clFindHandle handle) {
+    if (handle != clInvalidFind) FindClose(reinterpret_cast<HANDLE>(handle));
+}
+
+bool PlatformDeleteFile(const char16_t* path) { return DeleteFileW(W(path)) != FALSE; }
+
+bool PlatformMoveFile(const char16_t* from, const char16_t* to) { return MoveFileW(W(from), W(to)) != FALSE; }
+
+bool PlatformCreateDirectory(const char16_t* path) { return CreateDirectoryW(W(path), nullptr) != FALSE; }
+
+bool PlatformRemoveDirectory(const char16_t* path) { return RemoveDirectoryW(W(path)) != FALSE; }
+
+bool PlatformSetFileAttributes(const char16_t* path, uint32_t attributes) {
+    return SetFileAttributesW(W(path), attributes) != FALSE;
+}
+
+uint32_t PlatformGetDriveType(const char16_t* root) { return GetDriveTypeW(W(root)); }
+
+bool PlatformGetTempPath(clString& path) {
+    path.SetCapacity(261);
+    DWORD n = GetTempPathW(260, reinterpret_cast<LPWSTR>(path.text));
+    if (n == 0 || n > 260) {
+        path.Clear();
+        return false;
+    }
+    path.size = static_cast<int32_t>(n) + 1;
+    return true;
+}

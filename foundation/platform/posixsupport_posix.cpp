@@ -1,0 +1,42 @@
+#include "foundation/platform/posixsupport_posix.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include "foundation/clstring.h"
+#include "foundation/platform/fileio.h"
+#include "foundation/utf.h"
+
+std::string NativePath(const char16_t* path) {
+    int32_t length = clTextLength(path);
+    std::string out(static_cast<size_t>(Utf8LengthOf(path, length)), '\0');
+    Utf16ToUtf8(path, length, out.data());
+    return out;
+}
+
+void FromNative(const char* bytes, clString& target) {
+    Utf8ToString(bytes, static_cast<int64_t>(std::strlen(bytes)), target);
+}
+
+void SetLastErrorFromErrno(int error) {
+    uint32_t code;
+    switch (error) {
+        case 0: code = 0; break;
+        case ENOENT: code = clErrorFileNotFound; break;
+        case ENOTDIR: code = clErrorPathNotFound; break;
+        case EACCES:
+        case EPERM:
+        case EROFS:
+        case EISDIR: code = clErrorAccessDenied; break;
+        case EBADF: code = clErrorInvalidHandle; break;
+        case EEXIST: code = clErrorAlreadyExists; break;
+        case ENOSPC:
+        case EFBIG:
+        case EDQUOT: code = clErrorDiskFull; break;
+        case ENAMETOOLONG: code = 206; break;
+        case ENOTEMPTY: code = 145; break;
+        case EXDEV: code = 17; break;
+        default: code = 31; break;  // "a device attached to the system is not functioning"
+    }
+    PlatformSetLastError(code);
+}

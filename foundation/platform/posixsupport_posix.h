@@ -1,0 +1,14 @@
+// Helpers shared by the POSIX sources of the platform layer only.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+class clString;
+
+// The UTF-8 form of a UTF-16 path, for the system call.
+std::string NativePath(const char16_t* path);
+// The UTF-16 form of a UTF-8 name coming back from the system.
+void FromNative(const char* bytes, clString& target);
+// Stores the Windows-numbered code for an errno value as the last error.
+void SetLastErrorFromErrno(int error);

@@ -1,0 +1,47 @@
+// Facts about the running process and the launching of another one.
+#pragma once
+
+#include <cstdint>
+
+#include "foundation/clstring.h"
+
+class clStringList;
+
+// POSIX keeps argv here for PlatformGetCommandLine; Windows ignores it and
+// asks GetCommandLineW.
+void PlatformSetArguments(int argc, char** argv);
+
+// The process command line as one text, as the option parser expects it.
+// POSIX rebuilds it from argv with BuildCommandLineText.
+void PlatformGetCommandLine(clString& line);
+
+// The full path of the running executable; false when unknown.
+bool PlatformGetModuleFileName(clString& path);
+
+// 16 random bytes (CoCreateGuid on Windows).
+bool PlatformCreateGuid(unsigned char bytes[16]);
+
+// Starts `program` with `arguments` and does not wait for it. No shell is
+// involved: POSIX spawns with an argument vector, Windows quotes each
+// argument with QuoteCommandLineArgument. False when nothing was started.
+bool PlatformStartProcess(const clString& program, const clStringList& arguments);
+
+// An environment variable's value; false (and empty) when it is not set.
+bool PlatformGetEnvironment(const char16_t* name, clString& value);
+
+// ".exe" on Windows, "" on POSIX.
+const char16_t* PlatformExecutableSuffix();
+
+// COM on Windows (CoInitialize / CoUninitialize); nothing on POSIX.
+void PlatformInitializeComponents();
+void PlatformUninitializeComponents();
+
+// Runs `program` with `arguments`, standard output and error both into
+// `outputFile` (created or replaced), standard input empty, and waits for
+// it. False when it could not be started; otherwise `exitCode` is its exit
+// code (on POSIX, 128 + the signal number when a signal ended it).
+bool PlatformRunProcess(const clString& program, const clStringList& arguments, const clString& outputFile,
+                        int* exitCode);
+
+// Sets an environment variable for this process and the ones it starts.
+bool PlatformSetEnvironment(const char16_t* name, const char16_t* value);

@@ -1,0 +1,128 @@
+#include "foundation/platform/processinfo.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include <climits>
+#include <cstdlib>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "foundation/commandlinetext.h"
+#include "foundation/platform/posixsupport_posix.h"
+#include "foundation/stringlist.h"
+
+extern char** environ;
+
+namespace {
+int savedArgc = 0;
+char** savedArgv = nullptr;
+}  // namespace
+
+void PlatformSetArguments(int argc, char** argv) {
+    savedArgc = argc;
+    savedArgv = argv;
+}
+
+void PlatformGetCommandLine(clString& line) {
+    clString program;
+    clStringList arguments;
+    if (savedArgc > 0 && savedArgv != nullptr) {
+        FromNative(savedArgv[0], program);
+        for (int i = 1; i < savedArgc; ++i) {
+            clString argument;
+            FromNative(savedArgv[i], argument);
+            arguments.AddMove(static_cast<clString&&>(argument));
+        }
+    }
+    line = BuildCommandLineText(program, arguments);
+}
+
+bool PlatformGetModuleFileName(clString& path) {
+    char buffer[PATH_MAX + 1];
+    ssize_t n = ::readlink("/proc/self/exe", buffer, PATH_MAX);
+    if (n <= 0) {
+        path.Clear();
+        return false;
+    }
+    buffer[n] = 0;
+    FromNative(buffer, path);
+    return true;
+}
+
+bool PlatformCreateGuid(unsigned char bytes[16]) {
+    int fd = ::open("/dev/urandom", O_RDONLY | O_CLOEXEC);
+    if (fd >= 0) {
+        ssize_t n = ::read(fd, bytes, 16);
+        ::close(fd);
+        if (n == 16) return true;
+    }
+    std::random_device device;
+    for (int i = 0; i < 16; ++i) bytes[i] = static_cast<unsigned char>(device());
+    return true;
+}
+
+bool PlatformStartProcess(const clString& program, const clStringList& arguments) {
+    std::vector<std::string> words;
+    words.push_back(NativePath(program.text));
+    for (int64_t i = 0; i < arguments.Count(); ++i) words.push_back(NativePath(arguments[i].text));
+    std::vector<char*> argv;
+    for (auto& w : words) argv.push_back(w.data());
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+    pid_t pid = 0;
+    int rc = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    return rc == 0;
+}
+
+bool PlatformGetEnvironment(const char16_t* name, clString& value) {
+    const char* v = std::getenv(NativePath(name).c_str());
+    if (v == nullptr) {
+        value.Clear();
+        return false;
+    }
+    FromNative(v, value);
+    return true;
+}
+
+const char16_t* PlatformExecutableSuffix() { return u""; }
+void PlatformInitializeComponents() {}
+void PlatformUninitializeComponents() {}
+
+bool PlatformRunProcess(const clString& program, const clStringList& arguments, const clString& outputFile,
+                        int* exitCode) {
+    std::vector<std::string> words;
+    words.push_back(NativePath(program.text));
+    for (int64_t i = 0; i < arguments.Count(); ++i) words.push_back(NativePath(arguments[i].text));
+    std::vector<char*> argv;
+    for (auto& w : words) argv.push_back(w.data());
+    argv.push_back(nullptr);
+    std::string output = NativePath(outputFile.text);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 1, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    posix_spawn_file_actions_adddup2(&actions, 1, 2);
+    pid_t pid = 0;
+    int rc = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (rc != 0) return false;
+    int status = 0;
+    while (::waitpid(pid, &status, 0) < 0) {
+        if (errno != EINTR) return false;
+    }
+    *exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    return true;
+}
+
+bool PlatformSetEnvironment(const char16_t* name, const char16_t* value) {
+    return ::setenv(NativePath(name).c_str(), NativePath(value).c_str(), 1) == 0;
+}

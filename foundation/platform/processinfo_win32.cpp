@@ -1,0 +1,106 @@
+#include "foundation/platform/processinfo.h"
+
+#include <objbase.h>
+#include <windows.h>
+
+#include "foundation/commandlinetext.h"
+#include "foundation/stringlist.h"
+
+void PlatformSetArguments(int /*argc*/, char** /*argv*/) {}
+
+void PlatformGetCommandLine(clString& line) { line.Assign(reinterpret_cast<const char16_t*>(GetCommandLineW())); }
+
+bool PlatformGetModuleFileName(clString& path) {
+    path.SetCapacity(1001);
+    DWORD n = GetModuleFileNameW(nullptr, reinterpret_cast<LPWSTR>(path.text), 1000);
+    if (n == 0 || n >= 1000) {
+        path.text[0] = 0;
+        path.size = 1;
+        return false;
+    }
+    path.text[n] = 0;
+    path.size = static_cast<int32_t>(n) + 1;
+    return true;
+}
+
+bool PlatformCreateGuid(unsigned char bytes[16]) {
+    GUID guid;
+    if (CoCreateGuid(&guid) != S_OK) return false;
+    const auto* p = reinterpret_cast<const unsigned char*>(&guid);
+    for (int i = 0; i < 16; ++i) bytes[i] = p[i];
+    return true;
+}
+
+bool PlatformStartProcess(const clString& program, const clStringList& arguments) {
+    clString line = QuoteCommandLineArgument(program);
+    for (int64_t i = 0; i < arguments.Count(); ++i) {
+        line.AppendGrowing(u" ");
+        line.AppendGrowing(QuoteCommandLineArgument(arguments[i]));
+    }
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION info{};
+    if (!CreateProcessW(reinterpret_cast<LPCWSTR>(program.text), reinterpret_cast<LPWSTR>(line.text), nullptr,
+                        nullptr, FALSE, 0, nullptr, nullptr, &startup, &info)) {
+        return false;
+    }
+    CloseHandle(info.hThread);
+    CloseHandle(info.hProcess);
+    return true;
+}
+
+bool PlatformGetEnvironment(const char16_t* name, clString& value) {
+    DWORD n = GetEnvironmentVariableW(reinterpret_cast<LPCWSTR>(name), nullptr, 0);
+    if (n == 0) {
+        value.Clear();
+        return false;
+    }
+    value.SetCapacity(static_cast<int32_t>(n) + 1);
+    DWORD got = GetEnvironmentVariableW(reinterpret_cast<LPCWSTR>(name), reinterpret_cast<LPWSTR>(value.text), n);
+    if (got >= n) got = 0;
+    value.text[got] = 0;
+    value.size = static_cast<int32_t>(got) + 1;
+    return true;
+}
+
+const char16_t* PlatformExecutableSuffix() { return u".exe"; }
+void PlatformInitializeComponents() { CoInitialize(nullptr); }
+void PlatformUninitializeComponents() { CoUninitialize(); }
+
+bool PlatformRunProcess(const clString& program, const clStringList& arguments, const clString& outputFile,
+                        int* exitCode) {
+    clString line = QuoteCommandLineArgument(program);
+    for (int64_t i = 0; i < arguments.Count(); ++i) {
+        line.AppendGrowing(u" ");
+        line.AppendGrowing(QuoteCommandLineArgument(arguments[i]));
+    }
+    SECURITY_ATTRIBUTES inherit{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+    HANDLE out = CreateFileW(reinterpret_cast<LPCWSTR>(outputFile.text), GENERIC_WRITE, FILE_SHARE_READ, &inherit,
+                             CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (out == INVALID_HANDLE_VALUE) return false;
+    HANDLE in = CreateFileW(L"NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherit, OPEN_EXISTING, 0,
+                            nullptr);
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdInput = in;
+    startup.hStdOutput = out;
+    startup.hStdError = out;
+    PROCESS_INFORMATION info{};
+    BOOL started = CreateProcessW(reinterpret_cast<LPCWSTR>(program.text), reinterpret_cast<LPWSTR>(line.text),
+                                  nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr, nullptr, &startup, &info);
+    CloseHandle(out);
+    if (in != INVALID_HANDLE_VALUE) CloseHandle(in);
+    if (!started) return false;
+    WaitForSingleObject(info.hProcess, INFINITE);
+    DWORD code = 0;
+    GetExitCodeProcess(info.hProcess, &code);
+    CloseHandle(info.hThread);
+    CloseHandle(info.hProcess);
+    *exitCode = static_cast<int>(code);
+    return true;
+}
+
+bool PlatformSetEnvironment(const char16_t* name, const char16_t* value) {
+    return SetEnvironmentVariableW(reinterpret_cast<LPCWSTR>(name), reinterpret_cast<LPCWSTR>(value)) != FALSE;
+}

@@ -1,0 +1,54 @@
+#include "tests/support/testfolder.h"
+
+#include <atomic>
+
+#include "foundation/file.h"
+#include "foundation/folders.h"
+#include "foundation/pathtext.h"
+
+namespace {
+std::atomic<int> counter{0};
+}
+
+TestFolder::TestFolder() {
+    path = GetTempFolder();
+    path.Append(clString::Formatted(u"qvtest-%s-%d", GetProcessGuidText().text, ++counter));
+    MakeFolders(path);
+    AddBackslash(path);
+}
+
+TestFolder::~TestFolder() { DeleteFolderTree(path); }
+
+clString TestFolder::File(const char16_t* name) const { return clString(path.text, name); }
+
+bool WriteBytes(const clString& path, const std::string& bytes) {
+    clFile file;
+    file.fileName = path;
+    file.Open(clAccessWrite, clCreateAlways, false, true);
+    if (file.handle == clInvalidHandle) return false;
+    return file.Write(bytes.data(), static_cast<uint32_t>(bytes.size()));
+}
+
+std::string ReadBytes(const clString& path) {
+    clFile file;
+    file.fileName = path;
+    file.Open(clAccessRead, clOpenExisting, false, true);
+    if (file.handle == clInvalidHandle) return {};
+    std::string out;
+    char buffer[65536];
+    for (;;) {
+        uint32_t n = file.Read(buffer, sizeof buffer);
+        if (n == 0) break;
+        out.append(buffer, n);
+    }
+    return out;
+}
+
+std::string Utf16Le(const std::u16string& text) {
+    std::string out;
+    for (char16_t c : text) {
+        out.push_back(static_cast<char>(c & 0xFF));
+        out.push_back(static_cast<char>(c >> 8));
+    }
+    return out;
+}
