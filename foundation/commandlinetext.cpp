@@ -28,29 +28,3 @@ clString BuildCommandLineText(const clString& program, const clStringList& argum
     }
     return line;
 }
-
-clString QuoteCommandLineArgument(const clString& argument) {
-    bool needsQuotes = argument.IsEmpty() || argument.FindChar(u' ') != 0 || argument.FindChar(u'\t') != 0 ||
-                       argument.FindChar(u'"') != 0;
-    if (!needsQuotes) return argument;
-    clString out(u"\"");
-    int32_t backslashes = 0;
-    for (int32_t i = 1; i <= argument.Length(); ++i) {
-        char16_t c = argument.CharAt(i);
-        if (c == u'\\') {
-            ++backslashes;
-            continue;
-        }
-        if (c == u'"') {
-            for (int32_t k = 0; k < backslashes * 2 + 1; ++k) out.AppendGrowing(u"\\");
-        } else {
-            for (int32_t k = 0; k < backslashes; ++k) out.AppendGrowing(u"\\");
-        }
-        backslashes = 0;
-        char16_t one[2] = {c, 0};
-        out.AppendGrowing(one);
-    }
-    for (int32_t k = 0; k < backslashes * 2; ++k) out.AppendGrowing(u"\\");
-    out.AppendGrowing(u"\"");
-    return out;
-}

@@ -22,8 +22,8 @@ bool PlatformGetModuleFileName(clString& path);
 bool PlatformCreateGuid(unsigned char bytes[16]);
 
 // Starts `program` with `arguments` and does not wait for it. No shell is
-// involved: POSIX spawns with an argument vector, Windows quotes each
-// argument with QuoteCommandLineArgument. False when nothing was started.
+// involved: POSIX spawns with an argument vector, Windows passes the line
+// that BuildCommandLineText makes of them. False when nothing was started.
 bool PlatformStartProcess(const clString& program, const clStringList& arguments);
 
 // An environment variable's value; false (and empty) when it is not set.

@@ -32,11 +32,9 @@ bool PlatformCreateGuid(unsigned char bytes[16]) {
 }
 
 bool PlatformStartProcess(const clString& program, const clStringList& arguments) {
-    clString line = QuoteCommandLineArgument(program);
-    for (int64_t i = 0; i < arguments.Count(); ++i) {
-        line.AppendGrowing(u" ");
-        line.AppendGrowing(QuoteCommandLineArgument(arguments[i]));
-    }
+    // Our programs read their raw command line with the option parser, so
+    // the line is built by the same rule POSIX uses to rebuild it.
+    clString line = BuildCommandLineText(program, arguments);
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION info{};
@@ -69,11 +67,9 @@ void PlatformUninitializeComponents() { CoUninitialize(); }
 
 bool PlatformRunProcess(const clString& program, const clStringList& arguments, const clString& outputFile,
                         int* exitCode) {
-    clString line = QuoteCommandLineArgument(program);
-    for (int64_t i = 0; i < arguments.Count(); ++i) {
-        line.AppendGrowing(u" ");
-        line.AppendGrowing(QuoteCommandLineArgument(arguments[i]));
-    }
+    // Our programs read their raw command line with the option parser, so
+    // the line is built by the same rule POSIX uses to rebuild it.
+    clString line = BuildCommandLineText(program, arguments);
     SECURITY_ATTRIBUTES inherit{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
     HANDLE out = CreateFileW(reinterpret_cast<LPCWSTR>(outputFile.text), GENERIC_WRITE, FILE_SHARE_READ, &inherit,
                              CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);

@@ -28,13 +28,6 @@ TEST(CommandLineText, RebuildFromArgvKeepsValuesWhole) {
               u"\"/opt/q/TrackConverter\" -list_to_conv=\"/tmp/a b.txt\" -skip_ready_to_conv \"two words\" -x");
 }
 
-TEST(CommandLineText, QuoteForCreateProcess) {
-    EXPECT_EQ(U(QuoteCommandLineArgument(clString(u"plain"))), u"plain");
-    EXPECT_EQ(U(QuoteCommandLineArgument(clString(u""))), u"\"\"");
-    EXPECT_EQ(U(QuoteCommandLineArgument(clString(u"C:\\a b\\"))), u"\"C:\\a b\\\\\"");
-    EXPECT_EQ(U(QuoteCommandLineArgument(clString(u"say \"hi\""))), u"\"say \\\"hi\\\"\"");
-}
-
 TEST(UserDirs, ParsesHomeRelativeAbsoluteAndSkipsJunk) {
     clString home(u"/home/u");
     clString text(
