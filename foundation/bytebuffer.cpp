@@ -19,7 +19,9 @@ bool clByteBuffer::Resize(uint64_t newSize, bool keepContents, bool zeroFill, ui
         if (block < newSize) block = UINT64_MAX;  // saturate; the allocation then fails
         void* fresh = keepContents ? std::realloc(data, block) : std::malloc(block);
         if (fresh == nullptr) {
-            if (!keepContents) std::free(data);
+            // A failed realloc leaves the old block; the buffer ends empty
+            // either way, so it is released here.
+            std::free(data);
             data = nullptr;
             size = capacity = writePos = readPos = 0;
             return false;
