@@ -11,10 +11,10 @@ class clSourceFile;
 
 class clConversionInput {
 public:
-    int64_t centerOnWindow = 0;   // window to centre on, from -centeronwnd
-    clStringList excludedFiles;   // paths whose extension no decoder accepts
-    clPointerArray sources;       // of clSourceFile, owned, in order of arrival
-    clStringList extensions;      // accepted extensions, dot included
+    int64_t centerOnWindow = 0;  // window to centre on, from -centeronwnd
+    clStringList excludedFiles;  // paths whose extension no decoder accepts
+    clPointerArray sources;      // of clSourceFile, owned, in order of arrival
+    clStringList extensions;     // accepted extensions, dot included
 
     clConversionInput() = default;
     ~clConversionInput();

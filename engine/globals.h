@@ -8,11 +8,11 @@
 
 constexpr uint64_t clHkeyCurrentUser = 0x80000001u;
 
-extern uint64_t settingsRootHive;     // always HKEY_CURRENT_USER
-extern clString settingsRootKey;      // "Software\Harrowmere\Quillotone"
-extern clString globalEncoder;        // the entry to convert with
-extern clString globalProfile;        // additional settings profile, may be empty
-extern bool globalSkipOptions;        // -skip_ready_to_conv
+extern uint64_t settingsRootHive;  // always HKEY_CURRENT_USER
+extern clString settingsRootKey;   // "Software\Harrowmere\Quillotone"
+extern clString globalEncoder;     // the entry to convert with
+extern clString globalProfile;     // additional settings profile, may be empty
+extern bool globalSkipOptions;     // -skip_ready_to_conv
 // The extras file of -dynamic_naming_extras as read. It becomes the tag
 // list globalNamingExtras once tag blocks can be read.
 extern clByteBuffer globalNamingExtrasBlock;

@@ -72,7 +72,8 @@ bool HandleCommandLine(const clString& commandLine, clConversionInput& input, co
         return false;
     }
     if (raw.Equals(u"<install>")) {
-        stages.showMessage(clString(u"The codec installed is not compatible with the newer Quillotone (R12 and above)"));
+        stages.showMessage(
+            clString(u"The codec installed is not compatible with the newer Quillotone (R12 and above)"));
     }
     clString message(u"Unknown Command Line: '", raw.text);
     message.Append(u"'");
@@ -109,9 +110,7 @@ clMainFlowStages clMainFlowStages::Defaults() {
         clStringList none;
         return PlatformStartProcess(program, none);
     };
-    stages.showMessage = [](const clString& text) {
-        clMessageBox(text, clString(clProgramCaption), clMbTopmost);
-    };
+    stages.showMessage = [](const clString& text) { clMessageBox(text, clString(clProgramCaption), clMbTopmost); };
     return stages;
 }
 

@@ -4,8 +4,8 @@
 #include "foundation/stringlist.h"
 
 const char16_t clDefaultPathTable[] = {
-    u'"', u'\'', u'>', 0x00BB, u'<', 0x00AB, u'?', 0x00BF, u':', u';',
-    u'\\', u'-', u'/', u'-', u'*', u'-', u'|', u'-', 0, 0,
+    u'"',  u'\'', u'>', 0x00BB, u'<', 0x00AB, u'?', 0x00BF, u':', u';',
+    u'\\', u'-',  u'/', u'-',   u'*', u'-',   u'|', u'-',   0,    0,
 };
 
 namespace {
@@ -165,5 +165,6 @@ void CleanPath(clString& path, const clCleanPathOptions& options, const clPathSy
     RemoveUntilGone(path, blankSeparator, separator);
 
     // 8. No trailing separator behind a name.
-    if (path.Length() > start && path.CharAt(clStringLast) == syntax.separator) path.Delete(path.Length(), path.Length());
+    if (path.Length() > start && path.CharAt(clStringLast) == syntax.separator)
+        path.Delete(path.Length(), path.Length());
 }

@@ -21,10 +21,9 @@
 extern const char16_t clDefaultPathTable[];
 
 struct clCleanPathOptions {
-    bool limitLength = false;           // shorten the whole path below the path limit
-    const char16_t* table = nullptr;    // null: clDefaultPathTable
-    bool hasRoot = true;                // leave the root out of the character pass
+    bool limitLength = false;         // shorten the whole path below the path limit
+    const char16_t* table = nullptr;  // null: clDefaultPathTable
+    bool hasRoot = true;              // leave the root out of the character pass
 };
 
-void CleanPath(clString& path, const clCleanPathOptions& options,
-               const clPathSyntax& syntax = NativePathSyntax());
+void CleanPath(clString& path, const clCleanPathOptions& options, const clPathSyntax& syntax = NativePathSyntax());

@@ -34,8 +34,7 @@ int32_t clTextLength(const char16_t* text) {
     return Saturate(p - text);
 }
 
-clString::clString()
-    : text(SentinelText()), size(1), tag(0), narrow(nullptr), narrowSize(0), capacity(0) {}
+clString::clString() : text(SentinelText()), size(1), tag(0), narrow(nullptr), narrowSize(0), capacity(0) {}
 
 clString::clString(const char16_t* source) : clString() { Assign(source); }
 
@@ -51,8 +50,7 @@ clString::clString(int64_t value) : clString() { FromInt64(value); }
 clString::clString(const clString& other) : clString() { Assign(other.text); }
 
 clString::clString(clString&& other) noexcept
-    : text(other.text), size(other.size), tag(other.tag), narrow(nullptr), narrowSize(0),
-      capacity(other.capacity) {
+    : text(other.text), size(other.size), tag(other.tag), narrow(nullptr), narrowSize(0), capacity(other.capacity) {
     other.text = SentinelText();
     other.size = 1;
     other.capacity = 0;
@@ -110,7 +108,8 @@ void clString::Clear() {
 }
 
 void clString::Assign(const char16_t* source, int32_t length) {
-    if (length <= 0 || length == clStringLast) length = source == nullptr ? 1 : Saturate(int64_t{clTextLength(source)} + 1);
+    if (length <= 0 || length == clStringLast)
+        length = source == nullptr ? 1 : Saturate(int64_t{clTextLength(source)} + 1);
     if (source == nullptr || length == 1) {
         Clear();
         return;
@@ -211,8 +210,7 @@ void clString::InsertCharAt(char16_t character, int32_t position) {
     if (position == clStringLast) position = size;
     if (position < 1 || position > size) return;
     Reserve(Saturate(int64_t{size} + 1), 32);
-    std::memmove(text + position, text + position - 1,
-                 static_cast<size_t>(size - position + 1) * sizeof(char16_t));
+    std::memmove(text + position, text + position - 1, static_cast<size_t>(size - position + 1) * sizeof(char16_t));
     text[position - 1] = character;
     ++size;
 }
@@ -227,8 +225,7 @@ char16_t clString::RemoveCharAt(int32_t position) {
     if (position == clStringLast) position = size - 1;
     if (position < 1 || position >= size) return 0;
     char16_t removed = text[position - 1];
-    std::memmove(text + position - 1, text + position,
-                 static_cast<size_t>(size - position) * sizeof(char16_t));
+    std::memmove(text + position - 1, text + position, static_cast<size_t>(size - position) * sizeof(char16_t));
     --size;
     return removed;
 }

@@ -118,9 +118,5 @@ private:
 int32_t clTextLength(const char16_t* text);
 
 // Folds A-Z to a-z, leaves every other unit alone.
-inline char16_t clAsciiLower(char16_t c) {
-    return (c >= u'A' && c <= u'Z') ? static_cast<char16_t>(c + 32) : c;
-}
-inline char16_t clAsciiUpper(char16_t c) {
-    return (c >= u'a' && c <= u'z') ? static_cast<char16_t>(c - 32) : c;
-}
+inline char16_t clAsciiLower(char16_t c) { return (c >= u'A' && c <= u'Z') ? static_cast<char16_t>(c + 32) : c; }
+inline char16_t clAsciiUpper(char16_t c) { return (c >= u'a' && c <= u'z') ? static_cast<char16_t>(c - 32) : c; }

@@ -141,8 +141,10 @@ bool clFile::ReadLineWide(clString& target) {
         if (unit == 13) {
             unsigned char next[2];
             uint32_t got = Read(next, 2);
-            if (got == 2 && !(next[0] == 10 && next[1] == 0)) SeekBack(handle, 2);
-            else if (got == 1) SeekBack(handle, 1);
+            if (got == 2 && !(next[0] == 10 && next[1] == 0))
+                SeekBack(handle, 2);
+            else if (got == 1)
+                SeekBack(handle, 1);
             break;
         }
         if (unit == 10) break;

@@ -16,11 +16,11 @@
 
 class clFile {
 public:
-    clString fileName;        // as the caller gave it, without a long-path prefix
-    clFileHandle handle;      // -1 when nothing is open
-    bool showErrors;          // failures ask Retry / Cancel
-    bool ownsHandle;          // Close closes the handle only when set
-    uint32_t shareMode;       // passed when the caller asks for sharing
+    clString fileName;    // as the caller gave it, without a long-path prefix
+    clFileHandle handle;  // -1 when nothing is open
+    bool showErrors;      // failures ask Retry / Cancel
+    bool ownsHandle;      // Close closes the handle only when set
+    uint32_t shareMode;   // passed when the caller asks for sharing
 
     clFile();
     ~clFile();

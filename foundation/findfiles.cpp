@@ -4,8 +4,7 @@
 
 clFindFiles::clFindFiles(const clString& pattern) : handle(clInvalidFind), spec(pattern), foldersOnly(false) {}
 
-clFindFiles::clFindFiles(const clString& pattern, const clString& folder)
-    : handle(clInvalidFind), foldersOnly(false) {
+clFindFiles::clFindFiles(const clString& pattern, const clString& folder) : handle(clInvalidFind), foldersOnly(false) {
     if (pattern.IsEmpty()) {
         spec = folder;
         RemoveBackslashes(spec);

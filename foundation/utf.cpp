@@ -81,11 +81,17 @@ void Utf8ToString(const char* bytes, int64_t byteCount, clString& target) {
             ++i;
             continue;
         } else if (c >= 0xC2 && c <= 0xDF) {
-            need = 1; cp = c & 0x1F; minimum = 0x80;
+            need = 1;
+            cp = c & 0x1F;
+            minimum = 0x80;
         } else if (c >= 0xE0 && c <= 0xEF) {
-            need = 2; cp = c & 0x0F; minimum = 0x800;
+            need = 2;
+            cp = c & 0x0F;
+            minimum = 0x800;
         } else if (c >= 0xF0 && c <= 0xF4) {
-            need = 3; cp = c & 0x07; minimum = 0x10000;
+            need = 3;
+            cp = c & 0x07;
+            minimum = 0x10000;
         } else {
             out[n++] = 0xFFFD;
             ++i;

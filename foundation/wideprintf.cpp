@@ -128,12 +128,18 @@ int clWidePrint(char16_t* buffer, size_t count, const char16_t* format, va_list 
         ++p;
         Spec spec;
         for (;; ++p) {
-            if (*p == u'-') spec.left = true;
-            else if (*p == u'+') spec.plus = true;
-            else if (*p == u' ') spec.blank = true;
-            else if (*p == u'#') spec.alternate = true;
-            else if (*p == u'0') spec.zero = true;
-            else break;
+            if (*p == u'-')
+                spec.left = true;
+            else if (*p == u'+')
+                spec.plus = true;
+            else if (*p == u' ')
+                spec.blank = true;
+            else if (*p == u'#')
+                spec.alternate = true;
+            else if (*p == u'0')
+                spec.zero = true;
+            else
+                break;
         }
         if (*p == u'*') {
             spec.width = va_arg(args, int);
@@ -156,11 +162,22 @@ int clWidePrint(char16_t* buffer, size_t count, const char16_t* format, va_list 
             }
         }
         for (;;) {
-            if (*p == u'h') ++p;
-            else if (*p == u'l') { if (p[1] == u'l') { spec.lengthBits = 64; ++p; } ++p; }
-            else if (*p == u'I' && p[1] == u'6' && p[2] == u'4') { spec.lengthBits = 64; p += 3; }
-            else if (*p == u'z' || *p == u'j' || *p == u't') { spec.lengthBits = 64; ++p; }
-            else break;
+            if (*p == u'h')
+                ++p;
+            else if (*p == u'l') {
+                if (p[1] == u'l') {
+                    spec.lengthBits = 64;
+                    ++p;
+                }
+                ++p;
+            } else if (*p == u'I' && p[1] == u'6' && p[2] == u'4') {
+                spec.lengthBits = 64;
+                p += 3;
+            } else if (*p == u'z' || *p == u'j' || *p == u't') {
+                spec.lengthBits = 64;
+                ++p;
+            } else
+                break;
         }
         char conversion = *p < 128 ? static_cast<char>(*p) : '?';
         switch (conversion) {
@@ -219,12 +236,8 @@ int clWidePrint(char16_t* buffer, size_t count, const char16_t* format, va_list 
             case 'e':
             case 'E':
             case 'g':
-            case 'G':
-                PutFloat(out, spec, va_arg(args, double), conversion);
-                break;
-            case '%':
-                out.Put(u'%');
-                break;
+            case 'G': PutFloat(out, spec, va_arg(args, double), conversion); break;
+            case '%': out.Put(u'%'); break;
             default:
                 // An unknown conversion is copied as it stands; a format that
                 // ends inside a conversion ends the output there.

@@ -13,13 +13,13 @@
 
 class clSourceFile {
 public:
-    clString path;              // full path of the source
-    clString chosenOutput;      // the user's own name for the output, without extension
-    uint32_t excluded = 0;      // 1 when the user unchecked the row
-    clByteBuffer tagBlock;      // the file's tags (none over 1024 bytes)
-    clByteBuffer extraBlock;    // the decoder's properties of the file
+    clString path;                 // full path of the source
+    clString chosenOutput;         // the user's own name for the output, without extension
+    uint32_t excluded = 0;         // 1 when the user unchecked the row
+    clByteBuffer tagBlock;         // the file's tags (none over 1024 bytes)
+    clByteBuffer extraBlock;       // the decoder's properties of the file
     unsigned char facts[68] = {};  // stream facts as the decoder delivered them
-    uint32_t level = 0;         // 0 nothing read, 1 size known, 2 tags and facts read
+    uint32_t level = 0;            // 0 nothing read, 1 size known, 2 tags and facts read
     uint64_t fileSize = 0;
     uint64_t estimatedSize = 0;  // expected output size; 0 when unknown
 

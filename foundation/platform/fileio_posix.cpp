@@ -1,5 +1,3 @@
-#include "foundation/platform/fileio.h"
-
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -7,6 +5,7 @@
 #include <cerrno>
 #include <csignal>
 
+#include "foundation/platform/fileio.h"
 #include "foundation/platform/posixsupport_posix.h"
 
 namespace {

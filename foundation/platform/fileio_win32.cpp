@@ -1,6 +1,6 @@
-#include "foundation/platform/fileio.h"
-
 #include <windows.h>
+
+#include "foundation/platform/fileio.h"
 
 namespace {
 HANDLE ToHandle(clFileHandle handle) { return reinterpret_cast<HANDLE>(handle); }
@@ -10,8 +10,8 @@ uint32_t PlatformGetLastError() { return GetLastError(); }
 void PlatformSetLastError(uint32_t code) { SetLastError(code); }
 
 clFileHandle PlatformOpenFile(const char16_t* path, uint32_t access, uint32_t share, uint32_t disposition) {
-    HANDLE h = CreateFileW(reinterpret_cast<LPCWSTR>(path), access, share, nullptr, disposition,
-                           FILE_ATTRIBUTE_NORMAL, nullptr);
+    HANDLE h = CreateFileW(reinterpret_cast<LPCWSTR>(path), access, share, nullptr, disposition, FILE_ATTRIBUTE_NORMAL,
+                           nullptr);
     if (h == INVALID_HANDLE_VALUE) return clInvalidHandle;
     return reinterpret_cast<clFileHandle>(h);
 }
@@ -37,8 +37,9 @@ void PlatformCloseFile(clFileHandle handle) {
 int64_t PlatformSeekFile(clFileHandle handle, int64_t offset, int origin) {
     LONG high = static_cast<LONG>(offset >> 32);
     SetLastError(0);
-    DWORD low = SetFilePointer(ToHandle(handle), static_cast<LONG>(offset & 0xFFFFFFFF), &high,
-                               origin == clSeekBegin ? FILE_BEGIN : (origin == clSeekCurrent ? FILE_CURRENT : FILE_END));
+    DWORD low =
+        SetFilePointer(ToHandle(handle), static_cast<LONG>(offset & 0xFFFFFFFF), &high,
+                       origin == clSeekBegin ? FILE_BEGIN : (origin == clSeekCurrent ? FILE_CURRENT : FILE_END));
     if (low == INVALID_SET_FILE_POINTER && GetLastError() != 0) return -1;
     return (static_cast<int64_t>(high) << 32) | low;
 }

@@ -1,5 +1,3 @@
-#include "foundation/platform/filesystem.h"
-
 #include <dirent.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,6 +7,7 @@
 #include <string>
 
 #include "foundation/platform/fileio.h"
+#include "foundation/platform/filesystem.h"
 #include "foundation/platform/posixsupport_posix.h"
 #include "foundation/wildcard.h"
 
@@ -16,8 +15,8 @@ namespace {
 
 struct FindState {
     DIR* dir = nullptr;
-    std::string folder;   // with trailing '/', or empty for the current folder
-    clString pattern;     // the last component, wildcards allowed
+    std::string folder;  // with trailing '/', or empty for the current folder
+    clString pattern;    // the last component, wildcards allowed
 };
 
 constexpr uint32_t kReparsePoint = 0x400;

@@ -1,8 +1,7 @@
-#include "foundation/platform/filesystem.h"
-
 #include <windows.h>
 
 #include "foundation/platform/fileio.h"
+#include "foundation/platform/filesystem.h"
 
 namespace {
 
@@ -11,8 +10,8 @@ LPCWSTR W(const char16_t* text) { return reinterpret_cast<LPCWSTR>(text); }
 void Fill(const WIN32_FIND_DATAW& data, clFindData& found) {
     found.attributes = data.dwFileAttributes;
     found.size = (static_cast<uint64_t>(data.nFileSizeHigh) << 32) | data.nFileSizeLow;
-    uint64_t ticks = (static_cast<uint64_t>(data.ftLastWriteTime.dwHighDateTime) << 32) |
-                     data.ftLastWriteTime.dwLowDateTime;
+    uint64_t ticks =
+        (static_cast<uint64_t>(data.ftLastWriteTime.dwHighDateTime) << 32) | data.ftLastWriteTime.dwLowDateTime;
     found.writeTime = static_cast<int64_t>(ticks / 10000000ULL) - 11644473600LL;
     found.name.Assign(reinterpret_cast<const char16_t*>(data.cFileName));
 }

@@ -1,5 +1,3 @@
-#include "foundation/platform/knownfolders.h"
-
 #include <pwd.h>
 #include <unistd.h>
 
@@ -8,6 +6,7 @@
 #include <sstream>
 #include <string>
 
+#include "foundation/platform/knownfolders.h"
 #include "foundation/platform/posixsupport_posix.h"
 #include "foundation/userdirs.h"
 

@@ -1,15 +1,15 @@
-#include "foundation/platform/knownfolders.h"
-
 #include <shlobj.h>
 #include <windows.h>
+
+#include "foundation/platform/knownfolders.h"
 
 namespace {
 
 bool ReadMachineText(const wchar_t* name, clString& path) {
     wchar_t buffer[1024];
     DWORD bytes = sizeof buffer;
-    LSTATUS rc = RegGetValueW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion", name,
-                              RRF_RT_REG_SZ, nullptr, buffer, &bytes);
+    LSTATUS rc = RegGetValueW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion", name, RRF_RT_REG_SZ,
+                              nullptr, buffer, &bytes);
     if (rc != ERROR_SUCCESS) return false;
     path.Assign(reinterpret_cast<const char16_t*>(buffer));
     return !path.IsEmpty();

@@ -1,6 +1,6 @@
-#include "foundation/platform/locale.h"
-
 #include <windows.h>
+
+#include "foundation/platform/locale.h"
 
 bool PlatformGetRegionalValue(const char16_t* name, clString& value) {
     wchar_t buffer[256];

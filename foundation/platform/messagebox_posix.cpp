@@ -1,9 +1,9 @@
-#include "foundation/platform/messagebox.h"
-
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <string>
+
+#include "foundation/platform/messagebox.h"
 
 // Without a window toolkit the question goes to the controlling terminal
 // (/dev/tty), so it reaches the user even when standard input and output

@@ -1,12 +1,9 @@
-#include "foundation/platform/processinfo.h"
-
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
-
 #include <climits>
 #include <cstdlib>
 #include <random>
@@ -15,6 +12,7 @@
 
 #include "foundation/commandlinetext.h"
 #include "foundation/platform/posixsupport_posix.h"
+#include "foundation/platform/processinfo.h"
 #include "foundation/stringlist.h"
 
 extern char** environ;
@@ -67,20 +65,35 @@ bool PlatformCreateGuid(unsigned char bytes[16]) {
     return true;
 }
 
-bool PlatformStartProcess(const clString& program, const clStringList& arguments) {
+namespace {
+
+// Spawns `program` with `arguments`, standard input from /dev/null and,
+// when `outputFile` is given, standard output and error into it. No shell.
+bool Spawn(const clString& program, const clStringList& arguments, const clString* outputFile, pid_t* pid) {
     std::vector<std::string> words;
     words.push_back(NativePath(program.text));
     for (int64_t i = 0; i < arguments.Count(); ++i) words.push_back(NativePath(arguments[i].text));
     std::vector<char*> argv;
     for (auto& w : words) argv.push_back(w.data());
     argv.push_back(nullptr);
+    std::string output = outputFile != nullptr ? NativePath(outputFile->text) : std::string();
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-    pid_t pid = 0;
-    int rc = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
+    if (outputFile != nullptr) {
+        posix_spawn_file_actions_addopen(&actions, 1, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        posix_spawn_file_actions_adddup2(&actions, 1, 2);
+    }
+    int rc = posix_spawn(pid, argv[0], &actions, nullptr, argv.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     return rc == 0;
+}
+
+}  // namespace
+
+bool PlatformStartProcess(const clString& program, const clStringList& arguments) {
+    pid_t pid = 0;
+    return Spawn(program, arguments, nullptr, &pid);
 }
 
 bool PlatformGetEnvironment(const char16_t* name, clString& value) {
@@ -99,22 +112,8 @@ void PlatformUninitializeComponents() {}
 
 bool PlatformRunProcess(const clString& program, const clStringList& arguments, const clString& outputFile,
                         int* exitCode) {
-    std::vector<std::string> words;
-    words.push_back(NativePath(program.text));
-    for (int64_t i = 0; i < arguments.Count(); ++i) words.push_back(NativePath(arguments[i].text));
-    std::vector<char*> argv;
-    for (auto& w : words) argv.push_back(w.data());
-    argv.push_back(nullptr);
-    std::string output = NativePath(outputFile.text);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 1, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    posix_spawn_file_actions_adddup2(&actions, 1, 2);
     pid_t pid = 0;
-    int rc = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    if (rc != 0) return false;
+    if (!Spawn(program, arguments, &outputFile, &pid)) return false;
     int status = 0;
     while (::waitpid(pid, &status, 0) < 0) {
         if (errno != EINTR) return false;

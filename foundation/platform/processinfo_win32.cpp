@@ -1,9 +1,8 @@
-#include "foundation/platform/processinfo.h"
-
 #include <objbase.h>
 #include <windows.h>
 
 #include "foundation/commandlinetext.h"
+#include "foundation/platform/processinfo.h"
 #include "foundation/stringlist.h"
 
 void PlatformSetArguments(int /*argc*/, char** /*argv*/) {}
@@ -38,8 +37,8 @@ bool PlatformStartProcess(const clString& program, const clStringList& arguments
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION info{};
-    if (!CreateProcessW(reinterpret_cast<LPCWSTR>(program.text), reinterpret_cast<LPWSTR>(line.text), nullptr,
-                        nullptr, FALSE, 0, nullptr, nullptr, &startup, &info)) {
+    if (!CreateProcessW(reinterpret_cast<LPCWSTR>(program.text), reinterpret_cast<LPWSTR>(line.text), nullptr, nullptr,
+                        FALSE, 0, nullptr, nullptr, &startup, &info)) {
         return false;
     }
     CloseHandle(info.hThread);
@@ -74,8 +73,8 @@ bool PlatformRunProcess(const clString& program, const clStringList& arguments, 
     HANDLE out = CreateFileW(reinterpret_cast<LPCWSTR>(outputFile.text), GENERIC_WRITE, FILE_SHARE_READ, &inherit,
                              CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (out == INVALID_HANDLE_VALUE) return false;
-    HANDLE in = CreateFileW(L"NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherit, OPEN_EXISTING, 0,
-                            nullptr);
+    HANDLE in =
+        CreateFileW(L"NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherit, OPEN_EXISTING, 0, nullptr);
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;
@@ -83,8 +82,8 @@ bool PlatformRunProcess(const clString& program, const clStringList& arguments, 
     startup.hStdOutput = out;
     startup.hStdError = out;
     PROCESS_INFORMATION info{};
-    BOOL started = CreateProcessW(reinterpret_cast<LPCWSTR>(program.text), reinterpret_cast<LPWSTR>(line.text),
-                                  nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr, nullptr, &startup, &info);
+    BOOL started = CreateProcessW(reinterpret_cast<LPCWSTR>(program.text), reinterpret_cast<LPWSTR>(line.text), nullptr,
+                                  nullptr, TRUE, CREATE_NO_WINDOW, nullptr, nullptr, &startup, &info);
     CloseHandle(out);
     if (in != INVALID_HANDLE_VALUE) CloseHandle(in);
     if (!started) return false;

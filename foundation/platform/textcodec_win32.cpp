@@ -1,8 +1,7 @@
-#include "foundation/platform/textcodec.h"
-
 #include <windows.h>
 
 #include "foundation/clstring.h"
+#include "foundation/platform/textcodec.h"
 
 bool PlatformAnsiToWide(const char* bytes, int32_t count, clString& target) {
     if (bytes == nullptr || count <= 0) {

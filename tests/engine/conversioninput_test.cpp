@@ -53,9 +53,9 @@ TEST(ConversionInput, BadListFilesReadWhatTheyCan) {
         int64_t sources;
     } cases[] = {
         {"", 0},
-        {Utf16Le(u"a.flac") + "x", 1},                       // odd byte count: the half unit is dropped
-        {Utf16Le(u"a\xD800.flac\r\nb.flac"), 2},               // a lone high surrogate is kept as a unit
-        {Utf16Le(u"\r\r\r\n"), 0},                            // lines with only CR
+        {Utf16Le(u"a.flac") + "x", 1},                            // odd byte count: the half unit is dropped
+        {Utf16Le(u"a\xD800.flac\r\nb.flac"), 2},                  // a lone high surrogate is kept as a unit
+        {Utf16Le(u"\r\r\r\n"), 0},                                // lines with only CR
         {Utf16Le(u"a.flac\r\n\uFEFFb.flac\r\nc\uFEFF.flac"), 3},  // a mark in the middle
     };
     for (const Case& c : cases) {

@@ -89,7 +89,7 @@ TEST(MainFlow, DialogFilesGoThroughOptionsThenConversion) {
     Recorder r;
     r.dialogFiles = {u"/m/a.flac"};
     EXPECT_EQ(RunFlow(r, u"\"TrackConverter\""), (std::vector<std::u16string>{u"extensions", u"setting qvtLastCodec",
-                                                                          u"dialog", u"options", u"convert 1"}));
+                                                                              u"dialog", u"options", u"convert 1"}));
     Recorder cancelled;
     cancelled.dialogFiles = {u"/m/a.flac"};
     cancelled.proceed = false;
@@ -106,8 +106,7 @@ TEST(MainFlow, ListFileWithSkipAndProfileOptions) {
                           u"\" -skip_ready_to_conv -select_profile=\"Best {profileqt}FLAC{profileqt}\" "
                           u"-additionalprofile=qvt -signal_event_got_files=evt1 -centeronwnd=4242 -unknown=1";
     auto trail = RunFlow(r, line, &input);
-    EXPECT_EQ(trail, (std::vector<std::u16string>{u"extensions", u"handover " + U(list), u"event evt1",
-                                                  u"convert 2"}));
+    EXPECT_EQ(trail, (std::vector<std::u16string>{u"extensions", u"handover " + U(list), u"event evt1", u"convert 2"}));
     EXPECT_EQ(U(globalEncoder), u"Best \"FLAC\"");
     EXPECT_EQ(U(globalProfile), u"qvt");
     EXPECT_TRUE(globalSkipOptions);

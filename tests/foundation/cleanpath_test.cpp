@@ -7,8 +7,7 @@
 
 namespace {
 
-clString Clean(const char16_t* path, const clPathSyntax& syntax, bool limit = false,
-               const char16_t* table = nullptr) {
+clString Clean(const char16_t* path, const clPathSyntax& syntax, bool limit = false, const char16_t* table = nullptr) {
     clString p(path);
     clCleanPathOptions options;
     options.limitLength = limit;

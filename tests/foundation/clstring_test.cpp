@@ -94,7 +94,9 @@ TEST(ClString, Append_OwnTextIsSafe) {
     s.Append(s.text);
     EXPECT_EQ(U(s), u"abab");
     s.Insert(s.text, 1);
-    EXPECT_EQ(U(s), u"ababab" u"ab");
+    EXPECT_EQ(U(s),
+              u"ababab"
+              u"ab");
 }
 
 TEST(ClString, CharAtAndRemoveCharAt_WithLastSentinelPosition) {
@@ -196,10 +198,19 @@ TEST(ClString, ToInt64_ReadsWhatItCanAndWraps) {
         const char16_t* text;
         int64_t value;
     } cases[] = {
-        {u"   +42", 42}, {u"-", 0}, {u"+-1", 0}, {u"12abc", 12}, {u"abc", 0}, {u"", 0}, {u"- 1", 0},
-        {u"-9223372036854775808", INT64_MIN}, {u"18446744073709551617", 1}, {u"\t5", 0},
+        {u"   +42", 42},
+        {u"-", 0},
+        {u"+-1", 0},
+        {u"12abc", 12},
+        {u"abc", 0},
+        {u"", 0},
+        {u"- 1", 0},
+        {u"-9223372036854775808", INT64_MIN},
+        {u"18446744073709551617", 1},
+        {u"\t5", 0},
     };
-    for (const Case& c : cases) EXPECT_EQ(clString(c.text).ToInt64(), c.value) << std::string(clString(c.text).ToUtf8());
+    for (const Case& c : cases)
+        EXPECT_EQ(clString(c.text).ToInt64(), c.value) << std::string(clString(c.text).ToUtf8());
 }
 
 TEST(ClString, NumberTexts) {

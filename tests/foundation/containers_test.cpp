@@ -94,12 +94,8 @@ TEST(StringList, Split_ByDelimiter) {
         const char16_t* delimiter;
         std::vector<std::u16string> items;
     } cases[] = {
-        {u"a;", u";", {u"a", u""}},
-        {u"a;;b", u";", {u"a", u"", u"b"}},
-        {u"abc", u";", {u"abc"}},
-        {u";a", u";", {u"", u"a"}},
-        {u"a--b--", u"--", {u"a", u"b", u""}},
-        {u"", u";", {}},
+        {u"a;", u";", {u"a", u""}}, {u"a;;b", u";", {u"a", u"", u"b"}},    {u"abc", u";", {u"abc"}},
+        {u";a", u";", {u"", u"a"}}, {u"a--b--", u"--", {u"a", u"b", u""}}, {u"", u";", {}},
         {u"abc", u"", {}},
     };
     for (const Case& c : cases) {

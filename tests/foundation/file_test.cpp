@@ -55,7 +55,10 @@ TEST(File, ReadLine_ByteMode) {
 TEST(File, ReadLine_Utf8ModeAndByteOrderMarkOnlyAtLineStart) {
     TestFolder dir;
     clString path = dir.File(u"utf8.txt");
-    WriteBytes(path, "\xEF\xBB\xBF" "caf\xC3\xA9\r\n\xEF\xBB\xBFx\r\ny\xEF\xBB\xBF\r\n\xEF" "ab\r\n\xF0\x9F\x8E\xB5");
+    WriteBytes(path,
+               "\xEF\xBB\xBF"
+               "caf\xC3\xA9\r\n\xEF\xBB\xBFx\r\ny\xEF\xBB\xBF\r\n\xEF"
+               "ab\r\n\xF0\x9F\x8E\xB5");
     EXPECT_EQ(Lines(path, false, true),
               (std::vector<std::u16string>{u"caf\u00e9", u"x", u"y\uFEFF", u"\uFFFDab", u"\U0001F3B5"}));
 }
@@ -139,4 +142,29 @@ TEST(File, CreateNewRefusesExistingAndFolderIsNoFile) {
     if (NativePathSyntax().IsWindows()) deep.fileName = dir.File(u"no\u00e9such\\x");
     deep.Open(clAccessWrite, clCreateNew, false, true);
     EXPECT_EQ(PlatformGetLastError(), clErrorPathNotFound);
+}
+
+TEST(File, ReadAndWriteFailuresAskRetryWithTheirOwnWords) {
+    TestFolder dir;
+    clString path = dir.File(u"data.bin");
+    ASSERT_TRUE(WriteBytes(path, "abc"));
+    AnswerScript script(1);
+    clFile writeOnly;
+    writeOnly.fileName = path;
+    writeOnly.Open(clAccessWrite, clOpenExisting, true, true);
+    ASSERT_NE(writeOnly.handle, clInvalidHandle);
+    char buffer[4];
+    bool failed = false;
+    EXPECT_EQ(writeOnly.Read(buffer, 3, &failed), 0u);
+    EXPECT_TRUE(failed);
+    writeOnly.Close();
+    clFile readOnly;
+    readOnly.fileName = path;
+    readOnly.Open(clAccessRead, clOpenExisting, true, true);
+    EXPECT_FALSE(readOnly.Write("xyz", 3));
+    ASSERT_EQ(script.asked.size(), 3u);  // read: Retry, then Cancel; write: Cancel
+    EXPECT_EQ(script.asked[0], u"File Read Error|Unable to read from '" + U(path) + u"'|9");
+    EXPECT_EQ(script.asked[1], script.asked[0]);
+    EXPECT_EQ(script.asked[2], u"File Write Error|Unable to write to '" + U(path) + u"'|9");
+    EXPECT_EQ(ReadBytes(path), "abc");
 }

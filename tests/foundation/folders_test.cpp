@@ -5,6 +5,7 @@
 #include "foundation/file.h"
 #include "foundation/findfiles.h"
 #include "foundation/pathtext.h"
+#include "foundation/platform/processinfo.h"
 #include "foundation/specialfolder.h"
 #include "tests/support/testfolder.h"
 
@@ -90,4 +91,25 @@ TEST(SpecialFolder, KnownFoldersEndInSeparator) {
     EXPECT_EQ(music.CharAt(clStringLast), NativePathSyntax().separator);
     // An id with no meaning gives the default text.
     EXPECT_EQ(U(GetSpecialFolder(9999, u"X")), U(clString(u"X", NativePathSyntax().IsWindows() ? u"\\" : u"/")));
+}
+
+TEST(Folders, TempFileGivesUpWhenTheFolderCannotHoldFiles) {
+    // Reading taken: attempts that fail because a name is taken go on for
+    // ever, as they must; attempts that fail for another reason (here the
+    // temporary "folder" is a file) end after a bounded number instead of
+    // hanging the caller.
+    TestFolder dir;
+    clString notAFolder = dir.File(u"plain-file");
+    ASSERT_TRUE(WriteBytes(notAFolder, "x"));
+    clString savedTmpdir, savedTmp;
+    bool hadTmpdir = PlatformGetEnvironment(u"TMPDIR", savedTmpdir);
+    bool hadTmp = PlatformGetEnvironment(u"TMP", savedTmp);
+    PlatformSetEnvironment(u"TMPDIR", notAFolder.text);
+    PlatformSetEnvironment(u"TMP", notAFolder.text);
+    clString name;
+    bool made = MakeTempFile(name);
+    PlatformSetEnvironment(u"TMPDIR", hadTmpdir ? savedTmpdir.text : u"");
+    PlatformSetEnvironment(u"TMP", hadTmp ? savedTmp.text : u"");
+    EXPECT_FALSE(made);
+    EXPECT_TRUE(name.IsEmpty());
 }

@@ -24,9 +24,15 @@ TEST(FloatToText, RoundingZerosAndSpecialValues) {
         bool keep;
         const char16_t* text;
     } cases[] = {
-        {1.5, 2, true, u"1.50"},   {1.5, 2, false, u"1.5"},    {2.0, 2, false, u"2"},
-        {0.05, 1, true, u"0.1"},   {0.0, 3, true, u"0.000"},   {-0.5, 0, true, u"-1"},
-        {1e120, 2, true, u"NaN"},  {-1e120, 2, true, u"NaN"},  {123456.789, 1, true, u"123456.8"},
+        {1.5, 2, true, u"1.50"},
+        {1.5, 2, false, u"1.5"},
+        {2.0, 2, false, u"2"},
+        {0.05, 1, true, u"0.1"},
+        {0.0, 3, true, u"0.000"},
+        {-0.5, 0, true, u"-1"},
+        {1e120, 2, true, u"NaN"},
+        {-1e120, 2, true, u"NaN"},
+        {123456.789, 1, true, u"123456.8"},
         {1e18, 0, true, u"1000000000000000000"},
     };
     for (const Case& c : cases) {

@@ -54,10 +54,18 @@ TEST(FormatSize, UnitsAndRounding) {
         bool forceKB;
         const char16_t* text;
     } cases[] = {
-        {1, false, u"1 byte"},          {0, false, u"0 bytes"},    {1023, false, u"1023 bytes"},
-        {1024, false, u"1 KB"},         {1034, false, u"1 KB"},    {1035, false, u"2 KB"},
-        {1536, false, u"2 KB"},         {1073741824, false, u"1 GB"}, {1610612736, false, u"1.5 GB"},
-        {1048576 * 5 / 4, false, u"1.25 MB"}, {0, true, u"0 KB"}, {1073741824, true, u"1,048,576 KB"},
+        {1, false, u"1 byte"},
+        {0, false, u"0 bytes"},
+        {1023, false, u"1023 bytes"},
+        {1024, false, u"1 KB"},
+        {1034, false, u"1 KB"},
+        {1035, false, u"2 KB"},
+        {1536, false, u"2 KB"},
+        {1073741824, false, u"1 GB"},
+        {1610612736, false, u"1.5 GB"},
+        {1048576 * 5 / 4, false, u"1.25 MB"},
+        {0, true, u"0 KB"},
+        {1073741824, true, u"1,048,576 KB"},
         {1099511627776LL * 3, false, u"3 TB"},
     };
     for (const Case& c : cases) EXPECT_EQ(U(FormatSize(c.bytes, c.forceKB, info)), c.text) << c.bytes;

@@ -39,8 +39,8 @@ TEST(PathText, RootLengthQuirks) {
         const char16_t* path;
         int32_t root;
     } windows[] = {
-        {u"C:\\x", 4},   {u"\\\\server\\share", 10}, {u"\\\\?\\C:\\x", 8}, {u"\\\\?\\C:", 1},
-        {u"name", 1},    {u"a\\bc\\d", 6},           {u"C:", 1},           {u"\\x", 1},
+        {u"C:\\x", 4}, {u"\\\\server\\share", 10}, {u"\\\\?\\C:\\x", 8}, {u"\\\\?\\C:", 1},
+        {u"name", 1},  {u"a\\bc\\d", 6},           {u"C:", 1},           {u"\\x", 1},
     };
     for (const Case& c : windows) EXPECT_EQ(GetRootLength(clString(c.path), Win), c.root) << clString(c.path).ToUtf8();
     EXPECT_EQ(GetRootLength(clString(u"/x/y"), Posix), 2);

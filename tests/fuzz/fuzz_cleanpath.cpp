@@ -6,18 +6,11 @@
 
 #include "foundation/asciifold.h"
 #include "foundation/cleanpath.h"
+#include "tests/fuzz/fuzztext.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 1) return 0;
-    clString tail;
-    size_t units = (size - 1) / 2;
-    tail.SetCapacity(static_cast<int32_t>(units + 1));
-    for (size_t i = 0; i < units; ++i) {
-        char16_t u = static_cast<char16_t>(data[1 + 2 * i] | (data[2 + 2 * i] << 8));
-        tail.text[i] = u == 0 ? u'x' : u;
-    }
-    tail.text[units] = 0;
-    tail.size = static_cast<int32_t>(units + 1);
+    clString tail = FuzzText(data + 1, size - 1, u'x');
     uint8_t flags = data[0];
     bool posix = (flags & 1) != 0;
     clCleanPathOptions options;

@@ -4,19 +4,12 @@
 
 #include "foundation/bytebuffer.h"
 #include "foundation/stringlist.h"
+#include "tests/fuzz/fuzztext.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 2) return 0;
     size_t delimiterUnits = data[0] % 4;
-    clString all;
-    size_t units = (size - 1) / 2;
-    all.SetCapacity(static_cast<int32_t>(units + 1));
-    for (size_t i = 0; i < units; ++i) {
-        char16_t u = static_cast<char16_t>(data[1 + 2 * i] | (data[2 + 2 * i] << 8));
-        all.text[i] = u == 0 ? u'\r' : u;
-    }
-    all.text[units] = 0;
-    all.size = static_cast<int32_t>(units + 1);
+    clString all = FuzzText(data + 1, size - 1, u'\r');
     clString delimiter = all.Mid(1, static_cast<int32_t>(delimiterUnits));
     clString text = all.Mid(static_cast<int32_t>(delimiterUnits) + 1, all.Length());
     clStringList list;
