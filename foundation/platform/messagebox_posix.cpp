@@ -30,6 +30,7 @@ int Ask(int fd, const std::string& question, const Choice* choices, int count) {
         ssize_t n = ::read(fd, line, sizeof line);
         if (n <= 0) return -1;
         char c = line[0];
+        if (count == 1 && (c == '\n' || c == '\r')) return choices[0].id;  // Enter takes the only choice
         if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 32);
         for (int i = 0; i < count; ++i) {
             if (choices[i].key == c) return choices[i].id;
