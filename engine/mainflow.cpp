@@ -10,6 +10,7 @@
 #include "foundation/platform/processinfo.h"
 #include "foundation/specialfolder.h"
 #include "foundation/stringlist.h"
+#include "foundation/syncobjects.h"
 
 namespace {
 
@@ -114,6 +115,13 @@ clMainFlowStages clMainFlowStages::Defaults() {
     return stages;
 }
 
+// The caller created the event and waits on it, so it outlives our handle.
+// A failure is ignored: the caller's wait is its own affair.
+void SignalGotFilesEvent(const clString& eventName) {
+    XEvent event;
+    if (event.Create(eventName.text)) event.Set();
+}
+
 int TrackConverterMain() {
     clString dumpFolder = GetSpecialFolder(clFolderAppData);
     AddBackslash(dumpFolder);
@@ -138,7 +146,6 @@ void AddDecoderExtensions(clConversionInput& /*input*/) {}
 bool HandOverToOpenWindow(const clString& /*listFile*/) { return false; }
 clString ReadLastEncoderSetting(const clString& /*settingName*/) { return clString(); }
 void LoadNamingExtras(const clByteBuffer& /*block*/) {}
-void SignalGotFilesEvent(const clString& /*eventName*/) {}
 void RunOpenFileDialog(clConversionInput& /*input*/) {}
 bool RunOptionsWindow(clConversionInput& /*input*/) { return false; }
 void RunConversionWindow(clConversionInput& /*input*/) {}

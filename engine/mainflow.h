@@ -41,6 +41,9 @@ struct clMainFlowStages {
     static clMainFlowStages Defaults();
 };
 
+// Sets the named event of -signal_event_got_files.
+void SignalGotFilesEvent(const clString& eventName);
+
 constexpr const char16_t* clProgramCaption = u"Quillotone Track Converter";
 
 // Applies the command-line rules; false ends the process.
@@ -55,7 +58,6 @@ void AddDecoderExtensions(clConversionInput& input);
 bool HandOverToOpenWindow(const clString& listFile);
 clString ReadLastEncoderSetting(const clString& settingName);
 void LoadNamingExtras(const clByteBuffer& block);
-void SignalGotFilesEvent(const clString& eventName);
 void RunOpenFileDialog(clConversionInput& input);
 bool RunOptionsWindow(clConversionInput& input);
 void RunConversionWindow(clConversionInput& input);

@@ -5,6 +5,7 @@
 #include "foundation/pathtext.h"
 #include "foundation/platform/processinfo.h"
 #include "foundation/stringlist.h"
+#include "foundation/syncobjects.h"
 #include "tests/support/testfolder.h"
 
 namespace {
@@ -73,4 +74,18 @@ TEST(TrackConverter, NoArgumentsEndsQuietly) {
     Result r = RunTrackConverter(dir, {});
     EXPECT_EQ(r.exitCode, 0);
     EXPECT_EQ(r.output, "");
+}
+
+TEST(TrackConverter, SignalsTheCallersEventOnceTheListIsTaken) {
+    TestFolder dir;
+    clString list = dir.File(u"list.txt");
+    ASSERT_TRUE(WriteBytes(list, Utf16Le(u"a.quillotone-concat\r\n")));
+    clString eventName = clString::Formatted(u"qvtest-gotfiles-%s", GetProcessGuidText().text);
+    XEvent event;
+    ASSERT_TRUE(event.Create(eventName.text));
+    clString listOption(u"-list_to_conv=", list.text);
+    clString eventOption(u"-signal_event_got_files=", eventName.text);
+    Result r = RunTrackConverter(dir, {listOption.text, eventOption.text, u"-skip_ready_to_conv"});
+    EXPECT_EQ(r.exitCode, 0);
+    EXPECT_TRUE(event.IsSet());
 }

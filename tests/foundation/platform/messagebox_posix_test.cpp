@@ -1,11 +1,10 @@
 // The POSIX message box asks on the controlling terminal. A child process
 // gets a pseudo-terminal as its controlling terminal, is asked, and the
 // test answers like a user at the keyboard.
+#include <gtest/gtest.h>
 #include <pty.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include <gtest/gtest.h>
 
 #include <string>
 
