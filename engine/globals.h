@@ -1,4 +1,5 @@
-// Process-wide values, set during start-up and read later.
+// Process-wide values, set during start-up and read later. The settings
+// root values live with the store (foundation/settings.h).
 #pragma once
 
 #include <cstdint>

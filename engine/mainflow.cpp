@@ -8,6 +8,7 @@
 #include "foundation/messagebox.h"
 #include "foundation/pathtext.h"
 #include "foundation/platform/processinfo.h"
+#include "foundation/settings.h"
 #include "foundation/specialfolder.h"
 #include "foundation/stringlist.h"
 #include "foundation/syncobjects.h"
@@ -115,6 +116,18 @@ clMainFlowStages clMainFlowStages::Defaults() {
     return stages;
 }
 
+clString ReadLastEncoderSetting(const clString& settingName) { return GetSettingText(settingName.text); }
+
+void SeedFirstStartSettings() {
+    const char16_t* tagging = u"Software\\Harrowmere\\Quillotone\\Tagging";
+    if (SettingExists(u"Mp3TagDefault", clHiveCurrentUser, tagging)) return;
+    SetSettingNumber(1, u"AlbumArtFolderJPG", clHiveCurrentUser,
+                     u"Software\\Harrowmere\\Quillotone\\DiscRipper\\Profiles\\(default)");
+    SetSettingNumber(3, u"Mp3TagDefault", clHiveCurrentUser, tagging);
+    SetSettingNumber(1, u"Mp3ID3v2UnicodeEncode", clHiveCurrentUser, tagging);
+    SetSettingNumber(1, u"qvtProfFreqConversion", clHiveCurrentUser, u"Software\\Harrowmere\\Quillotone");
+}
+
 // The caller created the event and waits on it, so it outlives our handle.
 // A failure is ignored: the caller's wait is its own affair.
 void SignalGotFilesEvent(const clString& eventName) {
@@ -128,8 +141,8 @@ int TrackConverterMain() {
     dumpFolder.Append(u"qvt");
     InstallCrashCapture(dumpFolder);
     PlatformInitializeComponents();
-    settingsRootKey = u"Software\\Harrowmere\\Quillotone";
-    settingsRootHive = clHkeyCurrentUser;
+    SetSettingsRoot(clHiveCurrentUser, u"Software\\Harrowmere\\Quillotone");
+    SeedFirstStartSettings();
     {
         clConversionInput input;
         clString commandLine;
@@ -144,7 +157,6 @@ int TrackConverterMain() {
 // does nothing until it is.
 void AddDecoderExtensions(clConversionInput& /*input*/) {}
 bool HandOverToOpenWindow(const clString& /*listFile*/) { return false; }
-clString ReadLastEncoderSetting(const clString& /*settingName*/) { return clString(); }
 void LoadNamingExtras(const clByteBuffer& /*block*/) {}
 void RunOpenFileDialog(clConversionInput& /*input*/) {}
 bool RunOptionsWindow(clConversionInput& /*input*/) { return false; }

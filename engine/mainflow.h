@@ -43,6 +43,11 @@ struct clMainFlowStages {
 
 // Sets the named event of -signal_event_got_files.
 void SignalGotFilesEvent(const clString& eventName);
+// Reads the string setting that names the last entry used.
+clString ReadLastEncoderSetting(const clString& settingName);
+// Writes the four values a first start seeds, unless "Mp3TagDefault"
+// already exists under the tagging key.
+void SeedFirstStartSettings();
 
 constexpr const char16_t* clProgramCaption = u"Quillotone Track Converter";
 
@@ -56,7 +61,6 @@ int TrackConverterMain();
 // Seams: stages whose subsystems come later. Each does nothing yet.
 void AddDecoderExtensions(clConversionInput& input);
 bool HandOverToOpenWindow(const clString& listFile);
-clString ReadLastEncoderSetting(const clString& settingName);
 void LoadNamingExtras(const clByteBuffer& block);
 void RunOpenFileDialog(clConversionInput& input);
 bool RunOptionsWindow(clConversionInput& input);

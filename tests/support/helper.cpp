@@ -2,14 +2,66 @@
 //   event-state NAME   exit code 10 * existed + (event is set)
 //   mutex-try NAME     exit code 1 when the mutex could be taken at once
 //   event-set NAME     opens the event and sets it
+//   setting-get KEY NAME            exit code: the DWORD value (0-255)
+//   setting-write-many KEY N TAG    writes N distinct DWORDs TAG-0 ... TAG-(N-1)
+//   unique-counter MUTEX N FILE     N times: under the mutex, read "Unique",
+//                                   add 1, write it back; the numbers go to FILE
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 
 #include "foundation/clstring.h"
+#include "foundation/settings.h"
 #include "foundation/syncobjects.h"
 #include "foundation/utf.h"
 
+namespace {
+
+clString Arg(const char* text) {
+    clString s;
+    Utf8ToString(text, static_cast<int64_t>(std::strlen(text)), s);
+    return s;
+}
+
+int SettingsCommand(int argc, char** argv) {
+    std::string command = argv[1];
+    clString key = Arg(argv[2]);
+    if (command == "setting-get" && argc == 4) {
+        return static_cast<int>(GetSettingNumber(Arg(argv[3]).text, clHiveCurrentUser, key.text) & 0xFF);
+    }
+    if (command == "setting-write-many" && argc == 5) {
+        int n = std::atoi(argv[3]);
+        for (int i = 0; i < n; ++i) {
+            clString name = clString::Formatted(u"%s-%d", Arg(argv[4]).text, i);
+            if (!SetSettingNumber(static_cast<uint32_t>(i), name.text, clHiveCurrentUser, key.text)) return 1;
+        }
+        return 0;
+    }
+    if (command == "unique-counter" && argc == 5) {
+        clMutex mutex;
+        if (!mutex.Create(key.text)) return 101;
+        int n = std::atoi(argv[3]);
+        std::FILE* out = std::fopen(argv[4], "w");
+        if (out == nullptr) return 102;
+        SetSettingsRoot(clHiveCurrentUser, u"Software\\QuillotoneTests\\Unique");
+        for (int i = 0; i < n; ++i) {
+            mutex.Wait();
+            uint32_t value = GetSettingNumber(u"Unique") + 1;
+            SetSettingNumber(value, u"Unique");
+            mutex.Release();
+            std::fprintf(out, "%u\n", value);
+        }
+        std::fclose(out);
+        return 0;
+    }
+    return 100;
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
+    if (argc >= 4) return SettingsCommand(argc, argv);
     if (argc != 3) return 100;
     clString name;
     Utf8ToString(argv[2], static_cast<int64_t>(std::strlen(argv[2])), name);

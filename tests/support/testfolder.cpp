@@ -5,10 +5,30 @@
 #include "foundation/file.h"
 #include "foundation/folders.h"
 #include "foundation/pathtext.h"
+#include "foundation/platform/processinfo.h"
 
 namespace {
 std::atomic<int> counter{0};
-}
+
+// Every test process (and the programs it starts) keeps its settings in a
+// private folder, never in the user's own store.
+struct PrivateSettings {
+    clString folder;
+    PrivateSettings() {
+        folder = GetTempFolder();
+        folder.Append(clString::Formatted(u"qvtest-config-%s", GetProcessGuidText().text));
+        clString existing;
+        if (!PlatformGetEnvironment(u"QUILLOTONE_CONFIG_DIR", existing)) {
+            PlatformSetEnvironment(u"QUILLOTONE_CONFIG_DIR", folder.text);
+        } else {
+            folder.Clear();  // a parent test process chose already
+        }
+    }
+    ~PrivateSettings() {
+        if (!folder.IsEmpty()) DeleteFolderTree(folder);
+    }
+} privateSettings;
+}  // namespace
 
 TestFolder::TestFolder() {
     path = GetTempFolder();
