@@ -19,3 +19,9 @@
 class clStringList;
 
 clString BuildCommandLineText(const clString& program, const clStringList& arguments);
+
+// Splits a command-line text into its arguments by the Windows rules
+// (CommandLineToArgvW): blanks and tabs separate, quotes group, 2n
+// backslashes before a quote give n and the quote groups, 2n+1 give n and a
+// literal quote; "" inside a quoted run is a literal quote.
+void SplitCommandLine(const clString& line, clStringList& arguments);

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "foundation/commandlinetext.h"
 #include "foundation/messagebox.h"
 #include "foundation/stringlist.h"
@@ -58,4 +60,26 @@ TEST(MessageBox, DefaultAnswersNeverRiskAnything) {
     EXPECT_EQ(DefaultMessageBoxAnswer(4), clIdNo);
     EXPECT_EQ(DefaultMessageBoxAnswer(0x40000), clIdOk);
     EXPECT_EQ(DefaultMessageBoxAnswer(1), clIdCancel);
+}
+
+TEST(CommandLineText, SplitByWindowsRules) {
+    struct Case {
+        const char16_t* line;
+        std::vector<std::u16string> words;
+    } cases[] = {
+        {u"\"C:\\Program Files\\x.exe\" -a=\"b c\"", {u"C:\\Program Files\\x.exe", u"-a=b c"}},
+        {u"  a\tb  ", {u"a", u"b"}},
+        {u"a\\\\\"b c\"", {u"a\\b c"}},
+        {u"a\\\"b", {u"a\"b"}},
+        {u"a\\b", {u"a\\b"}},
+        {u"\"a\"\"b\"", {u"a\"b"}},
+        {u"\"\"", {u""}},
+        {u"", {}},
+    };
+    for (const Case& c : cases) {
+        clStringList words;
+        SplitCommandLine(clString(c.line), words);
+        ASSERT_EQ(words.Count(), static_cast<int64_t>(c.words.size())) << clString(c.line).ToUtf8();
+        for (size_t i = 0; i < c.words.size(); ++i) EXPECT_EQ(U(words[i]), c.words[i]);
+    }
 }

@@ -4,6 +4,7 @@
 //   event-set NAME     opens the event and sets it
 //   setting-get KEY NAME            exit code: the DWORD value (0-255)
 //   setting-write-many KEY N TAG    writes N distinct DWORDs TAG-0 ... TAG-(N-1)
+//   touch-after MS FILE             sleeps MS milliseconds, then creates FILE
 //   unique-counter MUTEX N FILE     N times: under the mutex, read "Unique",
 //                                   add 1, write it back; the numbers go to FILE
 #include <cstdio>
@@ -12,6 +13,7 @@
 #include <string>
 
 #include "foundation/clstring.h"
+#include "foundation/platform/thread.h"
 #include "foundation/settings.h"
 #include "foundation/syncobjects.h"
 #include "foundation/utf.h"
@@ -36,6 +38,13 @@ int SettingsCommand(int argc, char** argv) {
             clString name = clString::Formatted(u"%s-%d", Arg(argv[4]).text, i);
             if (!SetSettingNumber(static_cast<uint32_t>(i), name.text, clHiveCurrentUser, key.text)) return 1;
         }
+        return 0;
+    }
+    if (command == "touch-after" && argc == 4) {
+        PlatformSleep(static_cast<uint32_t>(std::atoi(argv[2])));
+        std::FILE* out = std::fopen(argv[3], "w");
+        if (out == nullptr) return 102;
+        std::fclose(out);
         return 0;
     }
     if (command == "unique-counter" && argc == 5) {
