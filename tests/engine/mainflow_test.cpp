@@ -9,6 +9,7 @@
 #include "engine/globals.h"
 #include "foundation/bytebuffer.h"
 #include "foundation/folders.h"
+#include "foundation/settings.h"
 #include "naming/sourcefile.h"
 #include "tests/support/testfolder.h"
 
@@ -182,4 +183,25 @@ TEST(MainFlow, NamingExtrasReadWholeOrIgnored) {
     Recorder missing;
     RunFlow(missing, u"\"TC\" -dynamic_naming_extras=\"" + U(dir.File(u"nope")) + u"\"");
     EXPECT_EQ(missing.extrasBytes, 0u);
+}
+
+TEST(MainFlow, FirstStartSeedsFourValuesOnlyOnce) {
+    const char16_t* tagging = u"Software\\Harrowmere\\Quillotone\\Tagging";
+    const char16_t* profiles = u"Software\\Harrowmere\\Quillotone\\DiscRipper\\Profiles";
+    DeleteSettingKeyTree(u"Software\\Harrowmere\\Quillotone", u"Tagging");
+    DeleteSettingKeyTree(profiles, u"(default)");
+    SetSettingNumber(0, u"qvtProfFreqConversion", clHiveCurrentUser, u"Software\\Harrowmere\\Quillotone");
+    SeedFirstStartSettings();
+    EXPECT_EQ(GetSettingNumber(u"Mp3TagDefault", clHiveCurrentUser, tagging), 3u);
+    EXPECT_EQ(GetSettingNumber(u"Mp3ID3v2UnicodeEncode", clHiveCurrentUser, tagging), 1u);
+    EXPECT_EQ(GetSettingNumber(u"AlbumArtFolderJPG", clHiveCurrentUser,
+                               u"Software\\Harrowmere\\Quillotone\\DiscRipper\\Profiles\\(default)"),
+              1u);
+    EXPECT_EQ(GetSettingNumber(u"qvtProfFreqConversion", clHiveCurrentUser, u"Software\\Harrowmere\\Quillotone"), 1u);
+    // Once "Mp3TagDefault" can be read, nothing is touched again.
+    SetSettingNumber(7, u"Mp3TagDefault", clHiveCurrentUser, tagging);
+    SetSettingNumber(0, u"Mp3ID3v2UnicodeEncode", clHiveCurrentUser, tagging);
+    SeedFirstStartSettings();
+    EXPECT_EQ(GetSettingNumber(u"Mp3TagDefault", clHiveCurrentUser, tagging), 7u);
+    EXPECT_EQ(GetSettingNumber(u"Mp3ID3v2UnicodeEncode", clHiveCurrentUser, tagging), 0u);
 }

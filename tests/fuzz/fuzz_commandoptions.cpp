@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "engine/commandoptions.h"
+#include "foundation/commandlinetext.h"
 #include "tests/fuzz/fuzztext.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -17,5 +18,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     clString raw = options.GetRawArguments();
     if (raw.Length() > text.Length()) __builtin_trap();
     options.Get(u"list_to_conv");
+    // The Windows splitting rules, and the rebuild of an argument list,
+    // which must parse back to the same option values.
+    clStringList words;
+    SplitCommandLine(text, words);
+    clCommandOptions rebuilt;
+    rebuilt.ParseCommandLine(BuildCommandLineText(clString(u"p"), words));
     return 0;
 }
