@@ -83,10 +83,16 @@ public:
     sqlite3_stmt* Statement(int which) {
         if (!Ready()) return nullptr;
         if (statements[which] == nullptr) {
-            if (sqlite3_prepare_v3(db, kSql[which], -1, SQLITE_PREPARE_PERSISTENT, &statements[which], nullptr) !=
-                SQLITE_OK) {
-                Broken();
-                return nullptr;
+            for (int waited = 0;; waited += 5) {
+                int rc =
+                    sqlite3_prepare_v3(db, kSql[which], -1, SQLITE_PREPARE_PERSISTENT, &statements[which], nullptr);
+                if (rc == SQLITE_OK) break;
+                int primary = rc & 0xFF;
+                if ((primary != SQLITE_BUSY && primary != SQLITE_LOCKED) || waited >= kBusyTimeoutMs) {
+                    Broken();
+                    return nullptr;
+                }
+                sqlite3_sleep(5);
             }
         }
         sqlite3_clear_bindings(statements[which]);
@@ -96,6 +102,20 @@ public:
     bool Exec(const char* sql) {
         if (!Ready()) return false;
         return sqlite3_exec(db, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
+    }
+
+    // For the set-up statements: switching a new database to WAL mode
+    // answers "locked" to every process but one without calling the busy
+    // handler, so these wait here, as long as the busy timeout, before a
+    // failure counts.
+    bool ExecWhenFree(const char* sql) {
+        for (int waited = 0;; waited += 5) {
+            int rc = sqlite3_exec(db, sql, nullptr, nullptr, nullptr);
+            if (rc == SQLITE_OK) return true;
+            int primary = rc & 0xFF;
+            if ((primary != SQLITE_BUSY && primary != SQLITE_LOCKED) || waited >= kBusyTimeoutMs) return false;
+            sqlite3_sleep(5);
+        }
     }
 
     enum { kFindKey, kInsertKey, kGetValue, kSetValue, kEnumKeys, kCountChildren, kDeleteValues, kDeleteKey, kCount };
@@ -134,11 +154,11 @@ private:
         sqlite3_busy_timeout(db, kBusyTimeoutMs);
         // Synchronous NORMAL in WAL mode: a commit survives any crash of a
         // process; only a power loss may take the last commits.
-        if (!Exec("PRAGMA journal_mode=WAL") || !Exec("PRAGMA synchronous=NORMAL") ||
-            !Exec("CREATE TABLE IF NOT EXISTS keys(id INTEGER PRIMARY KEY, hive INTEGER NOT NULL, "
-                  "path TEXT NOT NULL COLLATE NOCASE, UNIQUE(hive, path))") ||
-            !Exec("CREATE TABLE IF NOT EXISTS vals(key INTEGER NOT NULL, name TEXT NOT NULL COLLATE NOCASE, "
-                  "type INTEGER NOT NULL, data BLOB, PRIMARY KEY(key, name)) WITHOUT ROWID")) {
+        if (!ExecWhenFree("PRAGMA journal_mode=WAL") || !ExecWhenFree("PRAGMA synchronous=NORMAL") ||
+            !ExecWhenFree("CREATE TABLE IF NOT EXISTS keys(id INTEGER PRIMARY KEY, hive INTEGER NOT NULL, "
+                          "path TEXT NOT NULL COLLATE NOCASE, UNIQUE(hive, path))") ||
+            !ExecWhenFree("CREATE TABLE IF NOT EXISTS vals(key INTEGER NOT NULL, name TEXT NOT NULL COLLATE NOCASE, "
+                          "type INTEGER NOT NULL, data BLOB, PRIMARY KEY(key, name)) WITHOUT ROWID")) {
             Broken();
         }
     }

@@ -132,3 +132,19 @@ TEST(RegistryPosix, DamagedStoreGivesDefaultsNamesTheFileAndIsLeftAlone) {
     after << db.rdbuf();
     EXPECT_EQ(after.str(), garbage);
 }
+
+TEST(RegistryPosix, EightProcessesOpeningABrandNewStoreAtOnceAllGetIt) {
+    for (int round = 0; round < 5; ++round) {
+        TestFolder dir;
+        clString folderText(dir.Path());
+        std::string env = "QUILLOTONE_CONFIG_DIR=" + std::string(folderText.ToUtf8());
+        std::vector<char*> childEnv{env.data(), nullptr};
+        std::vector<pid_t> writers;
+        for (int i = 0; i < 8; ++i) {
+            writers.push_back(
+                Start({HelperPath(), "setting-write-many", "Software\\Fresh", "5", "w" + std::to_string(i)},
+                      childEnv.data()));
+        }
+        for (pid_t pid : writers) EXPECT_EQ(Wait(pid), 0) << "round " << round;
+    }
+}
