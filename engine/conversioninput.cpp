@@ -3,7 +3,7 @@
 #include "foundation/file.h"
 #include "foundation/folders.h"
 #include "foundation/pathtext.h"
-#include "naming/sourcefile.h"
+#include "plugins/sourcefile.h"
 
 clConversionInput::~clConversionInput() {
     for (int64_t i = 0; i < sources.count; ++i) delete sources.At<clSourceFile>(i);

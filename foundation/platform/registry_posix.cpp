@@ -132,12 +132,12 @@ private:
         "SELECT type, data FROM vals WHERE key = ?1 AND name = ?2",
         "INSERT OR REPLACE INTO vals(key, name, type, data) VALUES(?1, ?2, ?3, ?4)",
         // Children of a key: one more path component, in creation order.
-        "SELECT k.path FROM keys k, keys p WHERE p.id = ?1 AND k.hive = p.hive AND k.id <> p.id AND "
-        "(p.path = '' OR (length(k.path) > length(p.path) + 1 AND substr(k.path, 1, length(p.path) + 1) = "
-        "(p.path || '\\') COLLATE NOCASE)) AND instr(substr(k.path, CASE WHEN p.path = '' THEN 1 ELSE "
-        "length(p.path) + 2 END), '\\') = 0 ORDER BY k.id LIMIT 1 OFFSET ?2",
-        "SELECT count(*) FROM keys WHERE hive = ?1 AND length(path) > length(?2) + 1 AND "
-        "substr(path, 1, length(?2) + 1) = (?2 || '\\') COLLATE NOCASE",
+        ("SELECT k.path FROM keys k, keys p WHERE p.id = ?1 AND k.hive = p.hive AND k.id <> p.id AND "
+         "(p.path = '' OR (length(k.path) > length(p.path) + 1 AND substr(k.path, 1, length(p.path) + 1) = "
+         "(p.path || '\\') COLLATE NOCASE)) AND instr(substr(k.path, CASE WHEN p.path = '' THEN 1 ELSE "
+         "length(p.path) + 2 END), '\\') = 0 ORDER BY k.id LIMIT 1 OFFSET ?2"),
+        ("SELECT count(*) FROM keys WHERE hive = ?1 AND length(path) > length(?2) + 1 AND "
+         "substr(path, 1, length(?2) + 1) = (?2 || '\\') COLLATE NOCASE"),
         "DELETE FROM vals WHERE key = ?1",
         "DELETE FROM keys WHERE id = ?1",
     };

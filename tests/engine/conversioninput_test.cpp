@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "foundation/folders.h"
-#include "naming/sourcefile.h"
+#include "plugins/sourcefile.h"
 #include "tests/support/testfolder.h"
 
 namespace {

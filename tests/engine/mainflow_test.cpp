@@ -10,7 +10,7 @@
 #include "foundation/bytebuffer.h"
 #include "foundation/folders.h"
 #include "foundation/settings.h"
-#include "naming/sourcefile.h"
+#include "plugins/sourcefile.h"
 #include "tests/support/testfolder.h"
 
 namespace {
