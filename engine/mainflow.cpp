@@ -1,6 +1,6 @@
 #include "engine/mainflow.h"
 
-#include "engine/commandoptions.h"
+#include "foundation/commandoptions.h"
 #include "engine/conversioninput.h"
 #include "engine/globals.h"
 #include "foundation/bytebuffer.h"

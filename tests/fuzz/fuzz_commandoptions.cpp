@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "engine/commandoptions.h"
+#include "foundation/commandoptions.h"
 #include "foundation/commandlinetext.h"
 #include "tests/fuzz/fuzztext.h"
 

@@ -1,4 +1,4 @@
-#include "engine/commandoptions.h"
+#include "foundation/commandoptions.h"
 
 #include "foundation/platform/processinfo.h"
 
