@@ -1,0 +1,115 @@
+#include "plugins/xdll.h"
+
+XDLL::~XDLL() { FreeModule(); }
+
+void XDLL::FreeModule() {
+    if (module != 0) PlatformFreeLibrary(module);
+    module = 0;
+}
+
+bool XDLL::LoadModule(const char16_t* path, bool& bound) {
+    bound = true;
+    if (path != nullptr) {
+        module = PlatformLoadLibrary(path);
+        if (module == 0) bound = false;
+    }
+    return module != 0;
+}
+
+bool clQvDecoder::Bind(const char16_t* path) {
+    if (module != 0) return bound;
+    LoadModule(path, bound);
+    Look("Create", Create, bound);
+    Look("Destroy", Destroy, bound);
+    Look("Get", Get, bound);
+    Look("Set", Set, bound);
+    Look("Open", Open, bound);
+    Look("Close", Close, bound);
+    Look("DecodeBlock", DecodeBlock, bound);
+    Look("SetPosition", SetPosition, bound);
+    Look("DeleteATag", DeleteATag, bound);
+    return bound;
+}
+
+void clQvDecoder::Unload() {
+    if (instance != 0 && Destroy != nullptr) Destroy(instance);
+    instance = 0;
+    FreeModule();
+    Bind(nullptr);
+    extension.Clear();
+    libraryPath.Clear();
+}
+
+bool clQvDecoder::Reload(const char16_t* path) {
+    Unload();
+    return Bind(path);
+}
+
+bool clQvDecoder::CreateInstance(const qv_log_record* log) {
+    if (instance != 0 && Destroy != nullptr) Destroy(instance);
+    instance = Create != nullptr ? Create(log) : 0;
+    return instance != 0;
+}
+
+bool clQvEncoder::Bind(const char16_t* path) {
+    if (module != 0) return bound;
+    LoadModule(path, bound);
+    Look("ENC_Create", Create, bound);
+    Look("ENC_Destroy", Destroy, bound);
+    Look("ENC_Get", Get, bound);
+    Look("ENC_Set", Set, bound);
+    Look("ENC_ShowConfigBit", ShowConfigBit, bound);
+    Look("ENC_RemoveConfigBit", RemoveConfigBit, bound);
+    Look("ENC_BeginConversion", BeginConversion, bound);
+    Look("ENC_EndConversion", EndConversion, bound);
+    Look("ENC_EncodeBlock", EncodeBlock, bound);
+    return bound;
+}
+
+void clQvEncoder::Unload() {
+    if (instance != 0 && Destroy != nullptr) Destroy(instance);
+    instance = 0;
+    FreeModule();
+    Bind(nullptr);
+}
+
+bool clQvEncoder::Reload(const char16_t* path) {
+    Unload();
+    return Bind(path);
+}
+
+bool clQvEncoder::CreateInstance(const qv_log_record* log) {
+    if (instance != 0 && Destroy != nullptr) Destroy(instance);
+    instance = Create != nullptr ? Create(log) : 0;
+    return instance != 0;
+}
+
+bool clQvDSP::Bind(const char16_t* path) {
+    if (module != 0) return bound;
+    LoadModule(path, bound);
+    Look("DSP_Create", Create, bound);
+    Look("DSP_Destroy", Destroy, bound);
+    Look("DSP_Get", Get, bound);
+    Look("DSP_Set", Set, bound);
+    Look("DSP_ShowConfigBit", ShowConfigBit, bound);
+    Look("DSP_RemoveConfigBit", RemoveConfigBit, bound);
+    Look("DSP_BeginConversion", BeginConversion, bound);
+    Look("DSP_EndConversion", EndConversion, bound);
+    Look("DSP_PassAudioBlock", PassAudioBlock, bound);
+    Look("DSP_PassNonLive", PassNonLive, bound);
+    Look("DSP_AfterConversion", AfterConversion, bound);
+    return bound;
+}
+
+void clQvDSP::Unload() {
+    if (instance != 0 && Destroy != nullptr) Destroy(instance);
+    instance = 0;
+    FreeModule();
+    Bind(nullptr);
+}
+
+bool clQvDSP::CreateInstance(const qv_log_record* log) {
+    if (instance != 0 && Destroy != nullptr) Destroy(instance);
+    instance = Create != nullptr ? Create(log) : 0;
+    return instance != 0;
+}

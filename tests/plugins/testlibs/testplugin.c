@@ -1,0 +1,218 @@
+/* A plug-in built only for the tests, one source for several libraries:
+ *   QV_TEST_DECODER   a decoder; QV_TEST_EXTENSIONS lists what it decodes
+ *                     ("|" between entries), QV_TEST_UNLISTED answers
+ *                     "Unlisted", QV_TEST_MISSING leaves out DeleteATag
+ *   QV_TEST_ENCODER   an encoder writing ".tst" that requires an effect
+ *   QV_TEST_DSP       a tag effect that adds "edited" = its settings
+ * It sees nothing but the plug-in header. */
+#include "plugins/quillotone_plugin.h"
+
+#include <stdlib.h>
+#include <string.h>
+
+typedef struct instance {
+    qv_char text[256];
+    qv_char text2[256];
+    unsigned char block[512];
+} instance;
+
+static uint64_t make(const qv_log_record* log) {
+    (void)log;
+    return (uint64_t)(uintptr_t)calloc(1, sizeof(instance));
+}
+
+static void destroy(uint64_t handle) { free((void*)(uintptr_t)handle); }
+
+static int same(const qv_char* a, const char* b) {
+    while (*a != 0 && *b != 0 && *a == (qv_char)(unsigned char)*b) {
+        ++a;
+        ++b;
+    }
+    return *a == 0 && *b == 0;
+}
+
+static void put(qv_char* out, const char* text, size_t length) {
+    size_t i = 0;
+    for (; i < length && i < 255; ++i) out[i] = (qv_char)(unsigned char)text[i];
+    out[i] = 0;
+}
+
+static int32_t answer_common(instance* self, const qv_char* key, qv_query_record* record) {
+    if (same(key, "AbiVersion")) {
+        record->estimate = QV_ABI_VERSION;
+        return 1;
+    }
+    if (same(key, "LastError")) {
+        put(self->text, "nothing failed", 14);
+        record->text1 = self->text;
+        return 1;
+    }
+    return 0;
+}
+
+#ifdef QV_TEST_DECODER
+QV_EXPORT uint64_t Create(const qv_log_record* log) { return make(log); }
+QV_EXPORT void Destroy(uint64_t handle) { destroy(handle); }
+QV_EXPORT int32_t Get(uint64_t handle, const qv_char* key, qv_query_record* record) {
+    instance* self = (instance*)(uintptr_t)handle;
+    if (same(key, "Decodes")) {
+        const char* list = QV_TEST_EXTENSIONS;
+        uint32_t index = record->index;
+        while (index > 0 && list != NULL) {
+            list = strchr(list, '|');
+            if (list != NULL) ++list;
+            --index;
+        }
+        if (list == NULL || *list == 0) return 0;
+        const char* end = strchr(list, '|');
+        put(self->text, list, end != NULL ? (size_t)(end - list) : strlen(list));
+        put(self->text2, "Test audio", 10);
+        record->text1 = self->text;
+        record->text2 = self->text2;
+        return 1;
+    }
+#ifdef QV_TEST_UNLISTED
+    if (same(key, "Unlisted")) return 1;
+#endif
+    return answer_common(self, key, record);
+}
+QV_EXPORT int32_t Set(uint64_t handle, const qv_char* key, qv_query_record* record) {
+    (void)handle, (void)key, (void)record;
+    return 0;
+}
+QV_EXPORT int32_t Open(uint64_t handle, qv_open_record* record) {
+    instance* self = (instance*)(uintptr_t)handle;
+    record->facts.channels = 2;
+    record->facts.samplesPerSecond = 44100;
+    record->facts.bitsPerSample = 16;
+    record->facts.lengthMs = 1000;
+    /* One tag, "title" = "T". */
+    static const unsigned char tags[] = {1, 0, 0, 0, 20, 0, 0, 0, 't', 0, 'i', 0, 't', 0, 'l', 0,
+                                         'e', 0, 0,   0, 'T', 0, 0, 0};
+    memcpy(self->block, tags, sizeof tags);
+    record->tags = self->block;
+    record->tagsSize = sizeof tags;
+    return 1;
+}
+QV_EXPORT void Close(uint64_t handle) { (void)handle; }
+QV_EXPORT int32_t DecodeBlock(uint64_t handle, qv_audio_block* block) {
+    (void)handle, (void)block;
+    return 0;
+}
+QV_EXPORT int32_t SetPosition(uint64_t handle, uint64_t frame) {
+    (void)handle, (void)frame;
+    return 1;
+}
+#ifndef QV_TEST_MISSING
+QV_EXPORT int32_t DeleteATag(uint64_t handle, const qv_char* name) {
+    (void)handle, (void)name;
+    return 0;
+}
+#endif
+#endif
+
+#ifdef QV_TEST_ENCODER
+QV_EXPORT uint64_t ENC_Create(const qv_log_record* log) { return make(log); }
+QV_EXPORT void ENC_Destroy(uint64_t handle) { destroy(handle); }
+QV_EXPORT int32_t ENC_Get(uint64_t handle, const qv_char* key, qv_query_record* record) {
+    instance* self = (instance*)(uintptr_t)handle;
+    if (same(key, "Extension")) {
+        put(self->text, ".tst", 4);
+        record->text1 = self->text;
+        return 1;
+    }
+    if (same(key, "RequiresDSP")) {
+        put(self->text2, "Bit Depth=-bits=16", 18);
+        record->text2 = self->text2;
+        return 1;
+    }
+    return answer_common(self, key, record);
+}
+QV_EXPORT int32_t ENC_Set(uint64_t handle, const qv_char* key, qv_query_record* record) {
+    (void)handle, (void)key, (void)record;
+    return 0;
+}
+QV_EXPORT void* ENC_ShowConfigBit(uint64_t handle, void* parent, int32_t x, int32_t y, const qv_char* options) {
+    (void)handle, (void)parent, (void)x, (void)y, (void)options;
+    return NULL;
+}
+QV_EXPORT const qv_char* ENC_RemoveConfigBit(uint64_t handle, void* parent) {
+    (void)parent;
+    return ((instance*)(uintptr_t)handle)->text;
+}
+QV_EXPORT int32_t ENC_BeginConversion(uint64_t handle, qv_encoder_begin_record* record) {
+    (void)handle, (void)record;
+    return 1;
+}
+QV_EXPORT int32_t ENC_EndConversion(uint64_t handle, const qv_encoder_end_record* record) {
+    (void)handle, (void)record;
+    return 1;
+}
+QV_EXPORT int32_t ENC_EncodeBlock(uint64_t handle, const qv_audio_block* block) {
+    (void)handle, (void)block;
+    return 1;
+}
+#endif
+
+#ifdef QV_TEST_DSP
+QV_EXPORT uint64_t DSP_Create(const qv_log_record* log) { return make(log); }
+QV_EXPORT void DSP_Destroy(uint64_t handle) { destroy(handle); }
+QV_EXPORT int32_t DSP_Get(uint64_t handle, const qv_char* key, qv_query_record* record) {
+    return answer_common((instance*)(uintptr_t)handle, key, record);
+}
+QV_EXPORT int32_t DSP_Set(uint64_t handle, const qv_char* key, qv_query_record* record) {
+    (void)handle, (void)key, (void)record;
+    return 0;
+}
+QV_EXPORT void* DSP_ShowConfigBit(uint64_t handle, void* parent, int32_t x, int32_t y, const qv_char* settings) {
+    (void)handle, (void)parent, (void)x, (void)y, (void)settings;
+    return NULL;
+}
+QV_EXPORT const qv_char* DSP_RemoveConfigBit(uint64_t handle, void* parent) {
+    (void)parent;
+    return ((instance*)(uintptr_t)handle)->text;
+}
+/* Appends "edited" = the settings to the tag block it is given. */
+QV_EXPORT int32_t DSP_BeginConversion(uint64_t handle, qv_begin_record* record, const qv_char* settings) {
+    instance* self = (instance*)(uintptr_t)handle;
+    uint32_t size = record->tagsSize;
+    if (size < 4 || size > 256 || record->tags == NULL) return 0;
+    memcpy(self->block, record->tags, size);
+    uint32_t count = (uint32_t)self->block[0] | ((uint32_t)self->block[1] << 8);
+    size_t settingsLength = 0;
+    while (settings[settingsLength] != 0 && settingsLength < 64) ++settingsLength;
+    static const qv_char name[] = {'e', 'd', 'i', 't', 'e', 'd', 0};
+    uint32_t entry = (uint32_t)(4 + sizeof name + 2 * (settingsLength + 1));
+    unsigned char* p = self->block + size;
+    p[0] = (unsigned char)entry, p[1] = (unsigned char)(entry >> 8), p[2] = 0, p[3] = 0;
+    memcpy(p + 4, name, sizeof name);
+    for (size_t i = 0; i <= settingsLength; ++i) {
+        qv_char c = i < settingsLength ? settings[i] : 0;
+        p[4 + sizeof name + 2 * i] = (unsigned char)c;
+        p[4 + sizeof name + 2 * i + 1] = (unsigned char)(c >> 8);
+    }
+    ++count;
+    self->block[0] = (unsigned char)count, self->block[1] = (unsigned char)(count >> 8);
+    record->tags = self->block;
+    record->tagsSize = size + entry;
+    return 1;
+}
+QV_EXPORT int32_t DSP_EndConversion(uint64_t handle) {
+    (void)handle;
+    return 1;
+}
+QV_EXPORT int32_t DSP_PassAudioBlock(uint64_t handle, const qv_audio_block* in, qv_audio_block* out) {
+    (void)handle;
+    if (in == NULL) return 0;
+    *out = *in;
+    return 1;
+}
+QV_EXPORT int32_t DSP_PassNonLive(uint64_t handle, const qv_audio_block* in) {
+    (void)handle, (void)in;
+    return 1;
+}
+QV_EXPORT int32_t DSP_AfterConversion(uint64_t handle, const qv_after_record* record) {
+    (void)handle, (void)record;
+    return 1;
+}
+#endif

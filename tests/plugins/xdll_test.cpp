@@ -1,0 +1,120 @@
+#include "plugins/xdll.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "foundation/pathtext.h"
+#include "plugins/taglist.h"
+#include "tests/support/testfolder.h"
+
+namespace {
+
+clString Plugin(const char16_t* name) {
+    clString path = JoinPath(GetProgramFolder(), clString(u"testplugins"));
+    path = JoinPath(path, clString(name));
+    path.Append(PlatformLibrarySuffix());
+    return path;
+}
+
+const qv_log_record kNoLog{};
+
+}  // namespace
+
+TEST(Xdll, DecoderBindsEveryExportAndAnswers) {
+    clQvDecoder decoder;
+    EXPECT_FALSE(decoder.bound);  // an empty wrapper
+    EXPECT_EQ(decoder.Create, nullptr);
+    ASSERT_TRUE(decoder.Bind(Plugin(u"qvtest_decoder").text));
+    EXPECT_NE(decoder.DeleteATag, nullptr);
+    ASSERT_TRUE(decoder.CreateInstance(&kNoLog));
+    std::vector<std::u16string> extensions;
+    for (uint32_t i = 0;; ++i) {
+        qv_query_record query{};
+        query.index = i;
+        if (decoder.Get(decoder.instance, u"Decodes", &query) == 0 || query.text1 == nullptr) break;
+        extensions.push_back(query.text1);
+        ASSERT_LT(i, 100u);
+    }
+    EXPECT_EQ(extensions, (std::vector<std::u16string>{u".aaa", u".BBB", u".ccc"}));
+    qv_query_record version{};
+    ASSERT_NE(decoder.Get(decoder.instance, u"AbiVersion", &version), 0);
+    EXPECT_EQ(version.estimate, QV_ABI_VERSION);
+    qv_open_record open{};
+    open.fileName = u"/x.aaa";
+    open.request = QV_OPEN_REQUEST;
+    ASSERT_NE(decoder.Open(decoder.instance, &open), 0);
+    EXPECT_EQ(open.facts.samplesPerSecond, 44100u);
+    clTagList tags;
+    tags.LoadBlock(open.tags, open.tagsSize);
+    EXPECT_EQ(U(tags.GetTagValue(u"TITLE")), u"T");
+}
+
+TEST(Xdll, OneMissingExportMeansNotAPluginOfThatKind) {
+    clQvDecoder decoder;
+    EXPECT_FALSE(decoder.Bind(Plugin(u"qvtest_missing").text));
+    EXPECT_NE(decoder.module, 0);
+    EXPECT_NE(decoder.Create, nullptr);  // the rest are still looked up
+    EXPECT_EQ(decoder.DeleteATag, nullptr);
+    clQvEncoder wrongKind;
+    EXPECT_FALSE(wrongKind.Bind(Plugin(u"qvtest_decoder").text));
+}
+
+TEST(Xdll, ATextFileNamedLikeALibraryIsNoLibrary) {
+    TestFolder dir;
+    clString fake = dir.File(u"fake");
+    fake.Append(PlatformLibrarySuffix());
+    ASSERT_TRUE(WriteBytes(fake, "this is not a library\n"));
+    clQvDecoder decoder;
+    EXPECT_FALSE(decoder.Bind(fake.text));
+    EXPECT_EQ(decoder.module, 0);
+    EXPECT_FALSE(decoder.Bind(dir.File(u"missing.so").text));
+}
+
+TEST(Xdll, BindKeepsWhatIsHeldReloadAndUnloadStartOver) {
+    clQvDecoder decoder;
+    ASSERT_TRUE(decoder.Bind(Plugin(u"qvtest_decoder").text));
+    clLibraryHandle first = decoder.module;
+    EXPECT_TRUE(decoder.Bind(Plugin(u"qvtest_missing").text));  // nothing is reloaded
+    EXPECT_EQ(decoder.module, first);
+    decoder.CreateInstance(&kNoLog);
+    decoder.extension = u".aaa";
+    EXPECT_FALSE(decoder.Reload(Plugin(u"qvtest_missing").text));
+    EXPECT_EQ(decoder.instance, 0u);
+    EXPECT_TRUE(decoder.extension.IsEmpty());
+    decoder.Unload();
+    EXPECT_EQ(decoder.module, 0);
+    EXPECT_EQ(decoder.Create, nullptr);
+    EXPECT_FALSE(decoder.bound);
+}
+
+TEST(Xdll, EncoderAndTagEffect) {
+    clQvEncoder encoder;
+    ASSERT_TRUE(encoder.Bind(Plugin(u"qvtest_encoder").text));
+    ASSERT_TRUE(encoder.CreateInstance(&kNoLog));
+    qv_query_record query{};
+    ASSERT_NE(encoder.Get(encoder.instance, u"Extension", &query), 0);
+    EXPECT_EQ(std::u16string(query.text1), u".tst");
+    qv_query_record required{};
+    ASSERT_NE(encoder.Get(encoder.instance, u"RequiresDSP", &required), 0);
+    EXPECT_EQ(std::u16string(required.text2), u"Bit Depth=-bits=16");
+
+    clQvDSP effect;
+    ASSERT_TRUE(effect.Bind(Plugin(u"qvtest_tageffect").text));
+    ASSERT_TRUE(effect.CreateInstance(&kNoLog));
+    clTagList tags;
+    tags.AddTag(u"artist", u"A");
+    clByteBuffer block;
+    tags.SaveBlock(block);
+    qv_stream_facts zero{};
+    qv_begin_record begin{};
+    begin.text1 = begin.text2 = begin.text3 = u"";
+    begin.facts = &zero;
+    begin.tags = block.data;
+    begin.tagsSize = static_cast<uint32_t>(block.size);
+    ASSERT_NE(effect.BeginConversion(effect.instance, &begin, u"x=1"), 0);
+    tags.LoadBlock(begin.tags, begin.tagsSize);
+    EXPECT_EQ(U(tags.GetTagValue(u"artist")), u"A");
+    EXPECT_EQ(U(tags.GetTagValue(u"edited")), u"x=1");
+}
