@@ -12,7 +12,10 @@
 namespace {
 
 clString Plugin(const char16_t* name) {
-    clString path = JoinPath(GetProgramFolder(), clString(u"testplugins"));
+    const char16_t* folder = clString(name).Find(u"encoder") != 0     ? u"encoder"
+                             : clString(name).Find(u"tageffect") != 0 ? u"DSPs"
+                                                                      : u"decoder";
+    clString path = JoinPath(GetProgramFolder(), clString(folder));
     path = JoinPath(path, clString(name));
     path.Append(PlatformLibrarySuffix());
     return path;
@@ -40,12 +43,14 @@ TEST(Xdll, DecoderBindsEveryExportAndAnswers) {
     EXPECT_EQ(extensions, (std::vector<std::u16string>{u".aaa", u".BBB", u".ccc"}));
     qv_query_record version{};
     ASSERT_NE(decoder.Get(decoder.instance, u"AbiVersion", &version), 0);
-    EXPECT_EQ(version.estimate, QV_ABI_VERSION);
+    uint64_t abiVersion = version.estimate;  // packed record: copy before taking a reference
+    EXPECT_EQ(abiVersion, QV_ABI_VERSION);
     qv_open_record open{};
     open.fileName = u"/x.aaa";
     open.request = QV_OPEN_REQUEST;
     ASSERT_NE(decoder.Open(decoder.instance, &open), 0);
-    EXPECT_EQ(open.facts.samplesPerSecond, 44100u);
+    uint32_t rate = open.facts.samplesPerSecond;
+    EXPECT_EQ(rate, 44100u);
     clTagList tags;
     tags.LoadBlock(open.tags, open.tagsSize);
     EXPECT_EQ(U(tags.GetTagValue(u"TITLE")), u"T");

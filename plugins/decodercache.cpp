@@ -1,0 +1,107 @@
+#include "plugins/decodercache.h"
+
+#include <cstring>
+
+#include "foundation/findfiles.h"
+#include "foundation/pathtext.h"
+#include "foundation/settings.h"
+#include "plugins/sourcefile.h"
+#include "plugins/taglist.h"
+#include "plugins/xdll.h"
+
+namespace {
+
+constexpr const char16_t* kCacheKey = u"Software\\Harrowmere\\Quillotone\\DecoderCache64";
+constexpr int64_t kLargestKeptTag = 1024;
+
+bool TryLibrary(const clString& path, const clString& extension, clQvDecoder& decoder, const qv_log_record* log) {
+    decoder.Unload();
+    if (decoder.Bind(path.text)) {
+        decoder.extension = extension;
+        decoder.libraryPath = path;
+        if (decoder.CreateInstance(log)) {
+            for (uint32_t index = 0; index < clMaxDecodesEntries; ++index) {
+                qv_query_record query{};
+                query.index = index;
+                if (decoder.Get(decoder.instance, u"Decodes", &query) == 0 || query.text1 == nullptr) break;
+                if (extension.Compare(query.text1, 0, true) == 0) return true;
+            }
+        }
+    }
+    decoder.Unload();
+    return false;
+}
+
+}  // namespace
+
+clString DecoderFolder() {
+    clString folder = JoinPath(GetProgramFolder(), clString(u"decoder"));
+    AddBackslash(folder);
+    return folder;
+}
+
+bool LoadForFile(const clString& fileName, clQvDecoder& decoder, const qv_log_record* log) {
+    if (decoder.instance != 0) {
+        if (decoder.Destroy != nullptr) decoder.Destroy(decoder.instance);
+        decoder.instance = 0;
+    }
+    clString extension = GetExtension(fileName);
+    if (decoder.module == 0) decoder.extension.Clear();
+    if (decoder.module != 0 && extension.Compare(decoder.extension, 0, true) == 0) {
+        return decoder.CreateInstance(log);
+    }
+    clString found;
+    clString cached = GetSettingText(extension.text, clHiveCurrentUser, kCacheKey);
+    if (!cached.IsEmpty()) {
+        // Stored paths may come from either syntax; only the name counts.
+        clString name = GetFileName(GetFileName(cached, WindowsPathSyntax()), PosixPathSyntax());
+        clString path(DecoderFolder().text, name.text);
+        if (TryLibrary(path, extension, decoder, log)) found = path;
+    }
+    if (found.IsEmpty()) {
+        clString pattern(u"*", PlatformLibrarySuffix());
+        clFindFiles find(pattern, DecoderFolder());
+        while (find.Next()) {
+            if (find.IsFolder()) continue;
+            if (TryLibrary(find.fullName, extension, decoder, log)) {
+                found = find.fullName;
+                break;
+            }
+        }
+    }
+    if (found.IsEmpty()) return false;
+    SetSettingText(found, extension.text, clHiveCurrentUser, kCacheKey);
+    return true;
+}
+
+bool ReadFileFacts(clSourceFile& source, clQvDecoder& decoder) {
+    const qv_log_record noLog{};
+    if (!LoadForFile(source.path, decoder, &noLog)) return false;
+    qv_open_record open{};
+    open.fileName = source.path.text;
+    open.request = QV_OPEN_REQUEST;
+    if (decoder.instance == 0 || decoder.Open == nullptr || decoder.Open(decoder.instance, &open) == 0) return false;
+    std::memcpy(source.facts, &open.facts, sizeof source.facts);
+    if (open.tags != nullptr && open.tagsSize != 0) {
+        clTagList tags;
+        tags.LoadBlock(open.tags, open.tagsSize);
+        // No large tag (cover art above all) is kept for a whole batch.
+        for (int64_t i = tags.Count() - 1; i >= 0; --i) {
+            const clTagItem& item = tags[i];
+            int64_t bytes =
+                2 * (int64_t{item.name.Length()} + item.value.Length()) + static_cast<int64_t>(item.binary.size);
+            if (bytes > kLargestKeptTag) {
+                delete tags.items.At<clTagItem>(i);
+                tags.items.RemoveAt(i);
+            }
+        }
+        tags.SaveBlock(source.tagBlock);
+    }
+    if (open.extra != nullptr && open.extraSize != 0) {
+        if (source.extraBlock.Resize(open.extraSize, false, false, 0)) {
+            std::memcpy(source.extraBlock.data, open.extra, open.extraSize);
+            source.extraBlock.writePos = open.extraSize;
+        }
+    }
+    return true;
+}
