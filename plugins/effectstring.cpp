@@ -1,6 +1,8 @@
 #include "plugins/effectstring.h"
 
 #include "foundation/commandoptions.h"
+#include "plugins/taglist.h"
+#include "plugins/xdll.h"
 
 clEffectList::~clEffectList() { Clear(); }
 
@@ -55,4 +57,34 @@ void AddRequiredEffect(clString& optionString, const clString& effect) {
     while (options.Has(clString::Formatted(u"dspeffect%i", n).text)) ++n;
     if (!optionString.IsEmpty()) optionString.Append(u" ");
     optionString.Append(clString::Formatted(u"-dspeffect%i=\"%s\"", n, effect.text));
+}
+
+void ApplyTagEffects(clTagList& tags, const clString& optionString) {
+    clCommandOptions options;
+    options.Parse(optionString);
+    clEffectList effects;
+    ParseEffectString(options, effects);
+    for (int64_t i = 0; i < effects.Count(); ++i) {
+        const clEffectEntry& effect = effects[i];
+        if (!effect.name.EqualsNoCase(u"ID Tag Processing") && !effect.name.EqualsNoCase(u"EXIF Processing")) continue;
+        clString settings(effect.settings);
+        settings.Replace(u"-delall", u"-replaceddelall");
+        settings.Replace(u"-delexcept", u"-replaceddelexcept");
+        clString path = PluginLibraryPath(u"DSPs", effect.name);
+        clQvDSP dsp;
+        const qv_log_record noLog{};
+        if (!dsp.Bind(path.text) || !dsp.CreateInstance(&noLog)) continue;
+        clByteBuffer block;
+        if (!tags.SaveBlock(block)) continue;
+        qv_stream_facts zeroFacts{};
+        qv_begin_record record{};
+        record.text1 = record.text2 = record.text3 = u"";
+        record.facts = &zeroFacts;
+        record.tags = block.data;
+        record.tagsSize = static_cast<uint32_t>(block.size);
+        if (dsp.BeginConversion(dsp.instance, &record, settings.text) != 0 && record.tags != nullptr &&
+            record.tagsSize != 0) {
+            tags.LoadBlock(record.tags, record.tagsSize);
+        }
+    }
 }

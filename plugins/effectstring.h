@@ -48,3 +48,12 @@ clString BuildStoredEffectText(const clEffectList& list);
 // Appends the effect an encoder requires ("Name=settings", as the encoder
 // gave it) under the first free number.
 void AddRequiredEffect(clString& optionString, const clString& effect);
+
+class clTagList;
+
+// Runs the tag effects of an option string ("ID Tag Processing" and
+// "EXIF Processing", in chain order; no other effect is loaded) over a tag
+// list, so that names computed before a conversion see their changes.
+// Options that delete tags are passed in their "replaced" spelling
+// (-replaceddelall, -replaceddelexcept): here they must not delete.
+void ApplyTagEffects(clTagList& tags, const clString& optionString);

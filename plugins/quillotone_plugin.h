@@ -118,26 +118,26 @@ typedef struct qv_log_record {
 /* Zero-filled before every Get, ENC_Get, DSP_Get and *_Set. Which fields a
  * key uses is documented with the key. */
 typedef struct qv_query_record {
-    uint32_t index;        /* in: running number of enumerating keys */
+    uint32_t index; /* in: running number of enumerating keys */
     uint32_t reserved0;
-    uint64_t lengthMs;     /* in: length of the source */
-    uint64_t estimate;     /* out (Set: in): a number */
-    const qv_char* text1;  /* in: an option string; out: first text answer */
-    const qv_char* text2;  /* out: second text answer */
+    uint64_t lengthMs;    /* in: length of the source */
+    uint64_t estimate;    /* out (Set: in): a number */
+    const qv_char* text1; /* in: an option string; out: first text answer */
+    const qv_char* text2; /* out: second text answer */
     uint64_t reserved1;
-    const void* facts;     /* in: a qv_stream_facts (Format: out, a qv_audio_format) */
+    const void* facts; /* in: a qv_stream_facts (Format: out, a qv_audio_format) */
 } qv_query_record;
 
 /* DSP_Get "BatchEndConversion": the same 56 bytes, used this way. */
 typedef struct qv_batch_end_record {
     uint32_t reserved0;
-    uint32_t blockSize;            /* bytes of `block` */
-    uint64_t batchId;              /* the batch's 31-bit number */
+    uint32_t blockSize; /* bytes of `block` */
+    uint64_t batchId;   /* the batch's 31-bit number */
     uint64_t reserved1;
     const qv_char* settings;       /* the effect's settings */
     const qv_char* encoderOptions; /* the batch's encoder option string */
     const qv_char* encoderName;
-    const void* block;             /* tag block: file<N>_in, _out, _outtmp, _conversionhaderrors */
+    const void* block; /* tag block: file<N>_in, _out, _outtmp, _conversionhaderrors */
 } qv_batch_end_record;
 
 /* What a decoder found out about a stream, copied whole into the batch. */
@@ -162,7 +162,7 @@ typedef struct qv_open_record {
     qv_stream_facts facts;   /* out */
     const void* tags;        /* out: tag block of the file's tags, or null */
     uint32_t tagsSize;
-    const void* extra;       /* out: tag block of the file's properties, or null */
+    const void* extra; /* out: tag block of the file's properties, or null */
     uint32_t extraSize;
     uint8_t reserved[24];
 } qv_open_record;
@@ -206,14 +206,14 @@ typedef struct qv_begin_record {
 
 /* ENC_BeginConversion. */
 typedef struct qv_encoder_begin_record {
-    const qv_char* outputPath;    /* the temporary name to write */
-    const qv_char* optionString;  /* the encoder's settings */
+    const qv_char* outputPath;   /* the temporary name to write */
+    const qv_char* optionString; /* the encoder's settings */
     const qv_char* sourcePath;
     const qv_stream_facts* facts; /* of the source */
     qv_audio_format* format;      /* in: the stream; out: acceptedTypes */
     const void* tags;             /* tag block, pictures as binary entries */
     uint32_t tagsSize;
-    uint64_t totalFrames;         /* expected frames; 0 when unknown */
+    uint64_t totalFrames; /* expected frames; 0 when unknown */
     uint8_t reserved[16];
 } qv_encoder_begin_record;
 
@@ -312,8 +312,7 @@ typedef int32_t (*qv_ENC_Get)(uint64_t instance, const qv_char* key, qv_query_re
 typedef int32_t (*qv_ENC_Set)(uint64_t instance, const qv_char* key, qv_query_record* record);
 /* The settings page: a child window of `parent` at x, y (units of 1/96
  * inch); returns its window handle, or null for no page. */
-typedef void* (*qv_ENC_ShowConfigBit)(uint64_t instance, void* parent, int32_t x, int32_t y,
-                                      const qv_char* options);
+typedef void* (*qv_ENC_ShowConfigBit)(uint64_t instance, void* parent, int32_t x, int32_t y, const qv_char* options);
 /* Closes the page and returns the option string it now stands for. */
 typedef const qv_char* (*qv_ENC_RemoveConfigBit)(uint64_t instance, void* parent);
 typedef int32_t (*qv_ENC_BeginConversion)(uint64_t instance, qv_encoder_begin_record* record);
@@ -326,8 +325,7 @@ typedef uint64_t (*qv_DSP_Create)(const qv_log_record* log);
 typedef void (*qv_DSP_Destroy)(uint64_t instance);
 typedef int32_t (*qv_DSP_Get)(uint64_t instance, const qv_char* key, qv_query_record* record);
 typedef int32_t (*qv_DSP_Set)(uint64_t instance, const qv_char* key, qv_query_record* record);
-typedef void* (*qv_DSP_ShowConfigBit)(uint64_t instance, void* parent, int32_t x, int32_t y,
-                                      const qv_char* settings);
+typedef void* (*qv_DSP_ShowConfigBit)(uint64_t instance, void* parent, int32_t x, int32_t y, const qv_char* settings);
 typedef const qv_char* (*qv_DSP_RemoveConfigBit)(uint64_t instance, void* parent);
 typedef int32_t (*qv_DSP_BeginConversion)(uint64_t instance, qv_begin_record* record, const qv_char* settings);
 typedef int32_t (*qv_DSP_EndConversion)(uint64_t instance);

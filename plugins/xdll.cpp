@@ -1,5 +1,21 @@
 #include "plugins/xdll.h"
 
+#include "foundation/findfiles.h"
+#include "foundation/pathtext.h"
+
+clString PluginLibraryPath(const char16_t* folder, const clString& name) {
+    clString folderPath = JoinPath(GetProgramFolder(), clString(folder));
+    clString fileName(name.text, PlatformLibrarySuffix());
+    // A name with wildcard characters must not match other libraries.
+    if (name.FindChar(u'*') == 0 && name.FindChar(u'?') == 0) {
+        clFindFiles find(fileName, folderPath);
+        while (find.Next()) {
+            if (!find.IsFolder()) return find.fullName;
+        }
+    }
+    return JoinPath(folderPath, fileName);
+}
+
 XDLL::~XDLL() { FreeModule(); }
 
 void XDLL::FreeModule() {

@@ -16,6 +16,13 @@
 #include "foundation/platform/dynlib.h"
 #include "plugins/quillotone_plugin.h"
 
+// The library of a plug-in found again by its name, in the folder
+// ("decoder", "encoder" or "DSPs") beside the program. The name is matched
+// ignoring ASCII case on every platform, as Windows matches file names, so
+// an option string written on one platform finds the library on the other.
+// Without a match: the path the name would have.
+clString PluginLibraryPath(const char16_t* folder, const clString& name);
+
 class XDLL {
 public:
     clLibraryHandle module = 0;

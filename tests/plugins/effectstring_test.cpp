@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "foundation/commandoptions.h"
+#include "plugins/taglist.h"
 #include "tests/support/testfolder.h"
 
 namespace {
@@ -76,4 +77,19 @@ TEST(EffectString, RequiredEffectTakesTheFirstFreeNumber) {
     Parse(two.text, list);
     ASSERT_EQ(list.Count(), 3);
     EXPECT_EQ(U(list[2].name), u"C");
+}
+
+TEST(ApplyTagEffects, OnlyTagEffectsRunAndDeletingOptionsAreDefused) {
+    clTagList tags;
+    tags.AddTag(u"artist", u"A");
+    // "qvtest_tageffect" is the same library under another name: it is never
+    // loaded, so only one "edited" tag appears, from the real tag effect.
+    ApplyTagEffects(tags, clString(u"-V 2 -dspeffect1=\"qvtest_tageffect=first\" "
+                                   u"-dspeffect2=\"id tag processing=-delall -delexcept=x\" "
+                                   u"-dspeffect3=\"Missing Library=y\""));
+    EXPECT_EQ(U(tags.GetTagValue(u"artist")), u"A");
+    EXPECT_EQ(U(tags.GetTagValue(u"edited")), u"-replaceddelall -replaceddelexcept=x");
+    int edited = 0;
+    for (int64_t i = 0; i < tags.Count(); ++i) edited += tags[i].name.Equals(u"edited") ? 1 : 0;
+    EXPECT_EQ(edited, 1);
 }

@@ -123,3 +123,14 @@ TEST(Xdll, EncoderAndTagEffect) {
     EXPECT_EQ(U(tags.GetTagValue(u"artist")), u"A");
     EXPECT_EQ(U(tags.GetTagValue(u"edited")), u"x=1");
 }
+
+TEST(Xdll, LibrariesAreFoundByNameIgnoringCase) {
+    clString exact = PluginLibraryPath(u"DSPs", clString(u"ID Tag Processing"));
+    clString folded = PluginLibraryPath(u"DSPs", clString(u"id TAG processing"));
+    EXPECT_EQ(U(folded), U(exact));
+    clQvDSP dsp;
+    EXPECT_TRUE(dsp.Bind(folded.text));
+    EXPECT_EQ(U(GetFileName(PluginLibraryPath(u"DSPs", clString(u"No Such")))),
+              U(clString(u"No Such", PlatformLibrarySuffix())));
+    EXPECT_EQ(U(GetFileName(PluginLibraryPath(u"DSPs", clString(u"*")))), U(clString(u"*", PlatformLibrarySuffix())));
+}
