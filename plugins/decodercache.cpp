@@ -41,10 +41,7 @@ clString DecoderFolder() {
 }
 
 bool LoadForFile(const clString& fileName, clQvDecoder& decoder, const qv_log_record* log) {
-    if (decoder.instance != 0) {
-        if (decoder.Destroy != nullptr) decoder.Destroy(decoder.instance);
-        decoder.instance = 0;
-    }
+    decoder.DestroyInstance();
     clString extension = GetExtension(fileName);
     if (decoder.module == 0) decoder.extension.Clear();
     if (decoder.module != 0 && extension.Compare(decoder.extension, 0, true) == 0) {

@@ -32,6 +32,28 @@ bool XDLL::LoadModule(const char16_t* path, bool& bound) {
     return module != 0;
 }
 
+bool clQvPlugin::CreateInstance(const qv_log_record* log) {
+    DestroyInstance();
+    instance = Create != nullptr ? Create(log) : 0;
+    return instance != 0;
+}
+
+void clQvPlugin::DestroyInstance() {
+    if (instance != 0 && Destroy != nullptr) Destroy(instance);
+    instance = 0;
+}
+
+void clQvPlugin::Unload() {
+    DestroyInstance();
+    FreeModule();
+    Bind(nullptr);
+}
+
+bool clQvPlugin::Reload(const char16_t* path) {
+    Unload();
+    return Bind(path);
+}
+
 bool clQvDecoder::Bind(const char16_t* path) {
     if (module != 0) return bound;
     LoadModule(path, bound);
@@ -48,23 +70,9 @@ bool clQvDecoder::Bind(const char16_t* path) {
 }
 
 void clQvDecoder::Unload() {
-    if (instance != 0 && Destroy != nullptr) Destroy(instance);
-    instance = 0;
-    FreeModule();
-    Bind(nullptr);
+    clQvPlugin::Unload();
     extension.Clear();
     libraryPath.Clear();
-}
-
-bool clQvDecoder::Reload(const char16_t* path) {
-    Unload();
-    return Bind(path);
-}
-
-bool clQvDecoder::CreateInstance(const qv_log_record* log) {
-    if (instance != 0 && Destroy != nullptr) Destroy(instance);
-    instance = Create != nullptr ? Create(log) : 0;
-    return instance != 0;
 }
 
 bool clQvEncoder::Bind(const char16_t* path) {
@@ -82,24 +90,6 @@ bool clQvEncoder::Bind(const char16_t* path) {
     return bound;
 }
 
-void clQvEncoder::Unload() {
-    if (instance != 0 && Destroy != nullptr) Destroy(instance);
-    instance = 0;
-    FreeModule();
-    Bind(nullptr);
-}
-
-bool clQvEncoder::Reload(const char16_t* path) {
-    Unload();
-    return Bind(path);
-}
-
-bool clQvEncoder::CreateInstance(const qv_log_record* log) {
-    if (instance != 0 && Destroy != nullptr) Destroy(instance);
-    instance = Create != nullptr ? Create(log) : 0;
-    return instance != 0;
-}
-
 bool clQvDSP::Bind(const char16_t* path) {
     if (module != 0) return bound;
     LoadModule(path, bound);
@@ -115,17 +105,4 @@ bool clQvDSP::Bind(const char16_t* path) {
     Look("DSP_PassNonLive", PassNonLive, bound);
     Look("DSP_AfterConversion", AfterConversion, bound);
     return bound;
-}
-
-void clQvDSP::Unload() {
-    if (instance != 0 && Destroy != nullptr) Destroy(instance);
-    instance = 0;
-    FreeModule();
-    Bind(nullptr);
-}
-
-bool clQvDSP::CreateInstance(const qv_log_record* log) {
-    if (instance != 0 && Destroy != nullptr) Destroy(instance);
-    instance = Create != nullptr ? Create(log) : 0;
-    return instance != 0;
 }

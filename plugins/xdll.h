@@ -47,14 +47,27 @@ protected:
     void FreeModule();
 };
 
-class clQvDecoder : public XDLL {
+// What the three kinds share: the bound flag, the instance, and Create and
+// Destroy (the same signatures in every kind, under other export names).
+class clQvPlugin : public XDLL {
 public:
     bool bound = false;
-    clString extension;  // the extension this library was chosen for
-    clString libraryPath;
     uint64_t instance = 0;
     qv_Create Create = nullptr;
     qv_Destroy Destroy = nullptr;
+
+    // Destroys any instance and makes a new one; true when there is one.
+    bool CreateInstance(const qv_log_record* log);
+    void DestroyInstance();
+    // Destroys the instance, frees the library and clears every pointer.
+    virtual void Unload();
+    bool Reload(const char16_t* path);
+};
+
+class clQvDecoder : public clQvPlugin {
+public:
+    clString extension;  // the extension this library was chosen for
+    clString libraryPath;
     qv_Get Get = nullptr;
     qv_Set Set = nullptr;
     qv_Open Open = nullptr;
@@ -66,18 +79,11 @@ public:
     clQvDecoder() { Bind(nullptr); }
     ~clQvDecoder() override { Unload(); }
     bool Bind(const char16_t* path) override;
-    void Unload();
-    bool Reload(const char16_t* path);
-    // Destroys any instance and makes a new one; true when there is one.
-    bool CreateInstance(const qv_log_record* log);
+    void Unload() override;
 };
 
-class clQvEncoder : public XDLL {
+class clQvEncoder : public clQvPlugin {
 public:
-    bool bound = false;
-    uint64_t instance = 0;
-    qv_ENC_Create Create = nullptr;
-    qv_ENC_Destroy Destroy = nullptr;
     qv_ENC_Get Get = nullptr;
     qv_ENC_Set Set = nullptr;
     qv_ENC_ShowConfigBit ShowConfigBit = nullptr;
@@ -89,17 +95,10 @@ public:
     clQvEncoder() { Bind(nullptr); }
     ~clQvEncoder() override { Unload(); }
     bool Bind(const char16_t* path) override;
-    void Unload();
-    bool Reload(const char16_t* path);
-    bool CreateInstance(const qv_log_record* log);
 };
 
-class clQvDSP : public XDLL {
+class clQvDSP : public clQvPlugin {
 public:
-    bool bound = false;
-    uint64_t instance = 0;
-    qv_DSP_Create Create = nullptr;
-    qv_DSP_Destroy Destroy = nullptr;
     qv_DSP_Get Get = nullptr;
     qv_DSP_Set Set = nullptr;
     qv_DSP_ShowConfigBit ShowConfigBit = nullptr;
@@ -113,6 +112,4 @@ public:
     clQvDSP() { Bind(nullptr); }
     ~clQvDSP() override { Unload(); }
     bool Bind(const char16_t* path) override;
-    void Unload();
-    bool CreateInstance(const qv_log_record* log);
 };
