@@ -1,9 +1,9 @@
 #include "engine/mainflow.h"
 
-#include "foundation/commandoptions.h"
 #include "engine/conversioninput.h"
 #include "engine/globals.h"
 #include "foundation/bytebuffer.h"
+#include "foundation/commandoptions.h"
 #include "foundation/file.h"
 #include "foundation/messagebox.h"
 #include "foundation/pathtext.h"
@@ -12,6 +12,7 @@
 #include "foundation/specialfolder.h"
 #include "foundation/stringlist.h"
 #include "foundation/syncobjects.h"
+#include "plugins/filetypes.h"
 
 namespace {
 
@@ -153,9 +154,10 @@ int TrackConverterMain() {
     return 0;
 }
 
+void AddDecoderExtensions(clConversionInput& input) { ScanDecoders(false, &input.extensions, nullptr); }
+
 // Seams. Each stands for a stage of a subsystem that is not built yet and
 // does nothing until it is.
-void AddDecoderExtensions(clConversionInput& /*input*/) {}
 bool HandOverToOpenWindow(const clString& /*listFile*/) { return false; }
 void LoadNamingExtras(const clByteBuffer& /*block*/) {}
 void RunOpenFileDialog(clConversionInput& /*input*/) {}

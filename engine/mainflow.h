@@ -58,8 +58,9 @@ void RunMainFlow(const clString& commandLine, clConversionInput& input, const cl
 // The process entry: start-up, main flow, end. Always returns 0.
 int TrackConverterMain();
 
-// Seams: stages whose subsystems come later. Each does nothing yet.
+// The accepted extensions: those the decoder libraries list.
 void AddDecoderExtensions(clConversionInput& input);
+// Seams: stages whose subsystems come later. Each does nothing yet.
 bool HandOverToOpenWindow(const clString& listFile);
 void LoadNamingExtras(const clByteBuffer& block);
 void RunOpenFileDialog(clConversionInput& input);

@@ -1,10 +1,13 @@
 #include "plugins/decodercache.h"
 
+#include <atomic>
 #include <cstring>
 
+#include "foundation/file.h"
 #include "foundation/findfiles.h"
 #include "foundation/pathtext.h"
 #include "foundation/settings.h"
+#include "foundation/syncobjects.h"
 #include "plugins/sourcefile.h"
 #include "plugins/taglist.h"
 #include "plugins/xdll.h"
@@ -99,6 +102,20 @@ bool ReadFileFacts(clSourceFile& source, clQvDecoder& decoder) {
             std::memcpy(source.extraBlock.data, open.extra, open.extraSize);
             source.extraBlock.writePos = open.extraSize;
         }
+    }
+    return true;
+}
+
+bool ReadSourcesToLevel(const clPointerArray& sources, uint32_t wantedLevel, const XEvent* stop) {
+    clQvDecoder decoder;
+    for (int64_t i = 0; i < sources.count; ++i) {
+        if (stop != nullptr && stop->IsSet()) return false;
+        clSourceFile& source = *sources.At<clSourceFile>(i);
+        std::atomic_ref<uint32_t> level(source.level);
+        if (level.load(std::memory_order_acquire) >= wantedLevel) continue;
+        if (wantedLevel == 2) ReadFileFacts(source, decoder);
+        source.fileSize = clFile::GetFileSize64(source.path);
+        level.store(wantedLevel, std::memory_order_release);
     }
     return true;
 }

@@ -11,8 +11,10 @@
 #include "foundation/clstring.h"
 #include "plugins/quillotone_plugin.h"
 
+class clPointerArray;
 class clQvDecoder;
 class clSourceFile;
+class XEvent;
 
 // Entries a "Decodes" enumeration may have before the library counts as
 // not decoding the extension: a library that never ends its list must not
@@ -27,3 +29,11 @@ bool LoadForFile(const clString& fileName, clQvDecoder& decoder, const qv_log_re
 bool ReadFileFacts(clSourceFile& source, clQvDecoder& decoder);
 // The program folder's "decoder" folder, with a trailing separator.
 clString DecoderFolder();
+
+// Bulk reading: brings each record of `sources` (clSourceFile, in order)
+// below `wantedLevel` up to it, with one decoder for the whole list: at
+// level 2 its facts and tags first (a file no decoder reads keeps none),
+// then its size, then the level itself, published last so another thread
+// that sees the level sees the rest. `stop` (may be null) is tested
+// before every file; false when it ended the walk.
+bool ReadSourcesToLevel(const clPointerArray& sources, uint32_t wantedLevel, const XEvent* stop);

@@ -1,6 +1,7 @@
 #include "plugins/effectstring.h"
 
 #include "foundation/commandoptions.h"
+#include "plugins/codechandler.h"
 #include "plugins/taglist.h"
 #include "plugins/xdll.h"
 
@@ -70,7 +71,7 @@ void ApplyTagEffects(clTagList& tags, const clString& optionString) {
         clString settings(effect.settings);
         settings.Replace(u"-delall", u"-replaceddelall");
         settings.Replace(u"-delexcept", u"-replaceddelexcept");
-        clString path = PluginLibraryPath(u"DSPs", effect.name);
+        clString path = DSPLibraryPath(effect.name);
         clQvDSP dsp;
         const qv_log_record noLog{};
         if (!dsp.Bind(path.text) || !dsp.CreateInstance(&noLog)) continue;

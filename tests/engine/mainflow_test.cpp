@@ -205,3 +205,16 @@ TEST(MainFlow, FirstStartSeedsFourValuesOnlyOnce) {
     EXPECT_EQ(GetSettingNumber(u"Mp3TagDefault", clHiveCurrentUser, tagging), 7u);
     EXPECT_EQ(GetSettingNumber(u"Mp3ID3v2UnicodeEncode", clHiveCurrentUser, tagging), 0u);
 }
+
+TEST(MainFlow, AcceptedExtensionsComeFromTheDecoderLibraries) {
+    clConversionInput input;
+    AddDecoderExtensions(input);
+    EXPECT_TRUE(input.extensions.Find(u".aaa", false));
+    EXPECT_TRUE(input.extensions.Find(u".bbb", true));
+    // An "Unlisted" decoder's files are not taken from a drop or a folder.
+    EXPECT_FALSE(input.extensions.Find(u".hid", true));
+    input.AddSource(clString(u"/m/x.BBB"), false);
+    input.AddSource(clString(u"/m/x.hid"), false);
+    EXPECT_EQ(input.sources.count, 1);
+    EXPECT_EQ(input.excludedFiles.Count(), 1);
+}

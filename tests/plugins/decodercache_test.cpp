@@ -5,7 +5,9 @@
 #include <cstring>
 
 #include "foundation/pathtext.h"
+#include "foundation/pointerarray.h"
 #include "foundation/settings.h"
+#include "foundation/syncobjects.h"
 #include "plugins/sourcefile.h"
 #include "plugins/taglist.h"
 #include "plugins/xdll.h"
@@ -85,4 +87,48 @@ TEST_F(DecoderCache, ReadFileFactsFillsTheSourceRecord) {
     EXPECT_EQ(U(tags.GetTagValue(u"title")), u"T");
     clSourceFile none(clString(u"/music/track.zzz"));
     EXPECT_FALSE(ReadFileFacts(none, decoder));
+}
+
+TEST_F(DecoderCache, BulkReadingBringsEachRecordToTheWantedLevel) {
+    TestFolder dir;
+    ASSERT_TRUE(WriteBytes(dir.File(u"one.aaa"), std::string(100, 'x')));
+    ASSERT_TRUE(WriteBytes(dir.File(u"two.zzz"), std::string(7, 'x')));
+    clSourceFile one(dir.File(u"one.aaa"));
+    clSourceFile two(dir.File(u"two.zzz"));  // no decoder: size only
+    clSourceFile done(dir.File(u"gone.aaa"));
+    done.level = 2;
+    done.fileSize = 5;
+    clPointerArray sources;
+    sources.Add(&one);
+    sources.Add(&two);
+    sources.Add(&done);
+
+    ASSERT_TRUE(ReadSourcesToLevel(sources, 1, nullptr));
+    EXPECT_EQ(one.level, 1u);
+    EXPECT_EQ(one.fileSize, 100u);
+    EXPECT_EQ(one.tagBlock.size, 0u);  // level 1 opens no decoder
+    EXPECT_EQ(done.fileSize, 5u);      // a record at or above the level is left alone
+
+    ASSERT_TRUE(ReadSourcesToLevel(sources, 2, nullptr));
+    EXPECT_EQ(one.level, 2u);
+    EXPECT_NE(one.tagBlock.size, 0u);
+    EXPECT_EQ(two.level, 2u);
+    EXPECT_EQ(two.fileSize, 7u);
+    EXPECT_EQ(two.tagBlock.size, 0u);
+    EXPECT_EQ(done.fileSize, 5u);
+}
+
+TEST_F(DecoderCache, BulkReadingStopsBeforeTheNextFileOnceTheEventIsSet) {
+    clSourceFile one(clString(u"/nowhere/one.aaa"));
+    clPointerArray sources;
+    sources.Add(&one);
+    XEvent stop;
+    ASSERT_TRUE(stop.Create(nullptr));
+    stop.Set();
+    EXPECT_FALSE(ReadSourcesToLevel(sources, 2, &stop));
+    EXPECT_EQ(one.level, 0u);
+    stop.Reset();
+    EXPECT_TRUE(ReadSourcesToLevel(sources, 2, &stop));
+    EXPECT_EQ(one.level, 2u);  // a file that can't be read still counts as examined
+    EXPECT_EQ(one.fileSize, 0u);
 }

@@ -1,14 +1,18 @@
 /* A plug-in built only for the tests, one source for several libraries:
  *   QV_TEST_DECODER   a decoder; QV_TEST_EXTENSIONS lists what it decodes
  *                     ("|" between entries), QV_TEST_UNLISTED answers
- *                     "Unlisted", QV_TEST_MISSING leaves out DeleteATag
- *   QV_TEST_ENCODER   an encoder writing ".tst" that requires an effect
+ *                     "Unlisted", QV_TEST_MISSING leaves out DeleteATag,
+ *                     QV_TEST_DESCRIPTION names the type ("Test audio"),
+ *                     QV_TEST_ENDLESS lists ".more" for every index,
+ *                     QV_TEST_NULLTEXT lists ".nul" with a null description
+ *   QV_TEST_ENCODER   an encoder writing ".tst" that requires an effect;
+ *                     with QV_TEST_NULLTEXT it answers "Extension" with null
  *   QV_TEST_DSP       a tag effect that adds "edited" = its settings
  * It sees nothing but the plug-in header. */
-#include "plugins/quillotone_plugin.h"
-
 #include <stdlib.h>
 #include <string.h>
+
+#include "plugins/quillotone_plugin.h"
 
 typedef struct instance {
     qv_char text[256];
@@ -51,11 +55,26 @@ static int32_t answer_common(instance* self, const qv_char* key, qv_query_record
 }
 
 #ifdef QV_TEST_DECODER
+#ifndef QV_TEST_DESCRIPTION
+#define QV_TEST_DESCRIPTION "Test audio"
+#endif
 QV_EXPORT uint64_t Create(const qv_log_record* log) { return make(log); }
 QV_EXPORT void Destroy(uint64_t handle) { destroy(handle); }
 QV_EXPORT int32_t Get(uint64_t handle, const qv_char* key, qv_query_record* record) {
     instance* self = (instance*)(uintptr_t)handle;
     if (same(key, "Decodes")) {
+#ifdef QV_TEST_ENDLESS
+        put(self->text, ".more", 5);
+        put(self->text2, "More", 4);
+        record->text1 = self->text;
+        record->text2 = self->text2;
+        return 1;
+#endif
+#ifdef QV_TEST_NULLTEXT
+        put(self->text, ".nul", 4);
+        record->text1 = self->text;
+        return record->index == 0;
+#endif
         const char* list = QV_TEST_EXTENSIONS;
         uint32_t index = record->index;
         while (index > 0 && list != NULL) {
@@ -66,7 +85,7 @@ QV_EXPORT int32_t Get(uint64_t handle, const qv_char* key, qv_query_record* reco
         if (list == NULL || *list == 0) return 0;
         const char* end = strchr(list, '|');
         put(self->text, list, end != NULL ? (size_t)(end - list) : strlen(list));
-        put(self->text2, "Test audio", 10);
+        put(self->text2, QV_TEST_DESCRIPTION, strlen(QV_TEST_DESCRIPTION));
         record->text1 = self->text;
         record->text2 = self->text2;
         return 1;
@@ -87,8 +106,8 @@ QV_EXPORT int32_t Open(uint64_t handle, qv_open_record* record) {
     record->facts.bitsPerSample = 16;
     record->facts.lengthMs = 1000;
     /* One tag, "title" = "T". */
-    static const unsigned char tags[] = {1, 0, 0, 0, 20, 0, 0, 0, 't', 0, 'i', 0, 't', 0, 'l', 0,
-                                         'e', 0, 0,   0, 'T', 0, 0, 0};
+    static const unsigned char tags[] = {1,   0, 0,   0, 20,  0, 0, 0, 't', 0, 'i', 0,
+                                         't', 0, 'l', 0, 'e', 0, 0, 0, 'T', 0, 0,   0};
     memcpy(self->block, tags, sizeof tags);
     record->tags = self->block;
     record->tagsSize = sizeof tags;
@@ -117,8 +136,10 @@ QV_EXPORT void ENC_Destroy(uint64_t handle) { destroy(handle); }
 QV_EXPORT int32_t ENC_Get(uint64_t handle, const qv_char* key, qv_query_record* record) {
     instance* self = (instance*)(uintptr_t)handle;
     if (same(key, "Extension")) {
+#ifndef QV_TEST_NULLTEXT
         put(self->text, ".tst", 4);
         record->text1 = self->text;
+#endif
         return 1;
     }
     if (same(key, "RequiresDSP")) {

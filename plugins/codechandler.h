@@ -1,0 +1,35 @@
+// Loading encoders and effects by name, and the small facts around them.
+//
+// An encoder is known by its library's base name in the "encoder" folder,
+// an effect by its base name in "DSPs". Every place that needs an answer
+// binds a wrapper of its own, asks and unloads; LoadEncoder and LoadDSP
+// write the only trace of a load to the log sink they are given.
+#pragma once
+
+#include "foundation/clstring.h"
+#include "plugins/quillotone_plugin.h"
+
+class clQvEncoder;
+class clQvDSP;
+
+class clQvCodecHandler {
+public:
+    // Binds the library of `name` (anew, whatever the wrapper held) and
+    // makes an instance; true when there is one.
+    static bool LoadEncoder(const clString& name, clQvEncoder& encoder, const qv_log_record* log);
+    // The same for an effect. A wrapper that already holds a library is
+    // unloaded first, so the name always counts.
+    static bool LoadDSP(const clString& name, clQvDSP& dsp, const qv_log_record* log);
+};
+
+clString EncoderLibraryPath(const clString& name);
+clString DSPLibraryPath(const clString& name);
+// The extension (with its dot) that the named encoder writes; empty when
+// the library can't be loaded or gives no answer.
+clString EncoderExtension(const clString& name);
+// The encoder of an encoder-list entry: a profile is written
+//   Profile name "Encoder"
+// and gives what stands between its last two double quotes; a text that
+// doesn't end in a quote is an encoder name already. A text whose only
+// quote is the closing one loses that quote.
+clString EncoderOfProfile(const clString& text);
