@@ -2,29 +2,18 @@
 // makes them (open the key, one query, close), nothing cached.
 #include <benchmark/benchmark.h>
 
-#include <cstdlib>
-#include <string>
-
-#include "foundation/folders.h"
-#include "foundation/platform/processinfo.h"
+#include "bench/benchsetup.h"
 #include "foundation/settings.h"
 
 namespace {
 
-// Run from the benchmarks, not at static initialisation: the store's own
-// globals may not be constructed yet then.
 void Setup() {
     static bool done = false;
     if (done) return;
     done = true;
-    {
-        clString folder = GetTempFolder();
-        folder.Append(clString::Formatted(u"qvbench-config-%s", GetProcessGuidText().text));
-        PlatformSetEnvironment(u"QUILLOTONE_CONFIG_DIR", folder.text);
-        SetSettingsRoot(clHiveCurrentUser, u"Software\\Harrowmere\\Quillotone");
-        SetSettingNumber(42, u"NoMultiCPU");
-        SetSettingText(clString(u"[origpath]\\[origfilename]"), u"LastNaming");
-    }
+    UsePrivateSettingsStore();
+    SetSettingNumber(42, u"NoMultiCPU");
+    SetSettingText(clString(u"[origpath]\\[origfilename]"), u"LastNaming");
 }
 
 void ReadNumber(benchmark::State& state) {
