@@ -1,0 +1,347 @@
+#include "naming/expandnaming.h"
+
+#include "foundation/stringlist.h"
+#include "naming/namingfunctions.h"
+#include "plugins/taglist.h"
+
+namespace {
+
+// The items, in the order of expansion. The first six number items stand
+// for `track` and `disc`; every other key names the tag it stands for.
+const char16_t* const kItems[] = {u"[artist]",
+                                  u"[album]",
+                                  u"[album artist]",
+                                  u"[composer]",
+                                  u"[conductor]",
+                                  u"[title]",
+                                  u"[genre]",
+                                  u"[year]",
+                                  u"[track]",
+                                  u"[track_unpad]",
+                                  u"[track_total]",
+                                  u"[track_total_unpad]",
+                                  u"[disc]",
+                                  u"[disc_total]",
+                                  u"[band]",
+                                  u"[rating]",
+                                  u"[tempo]",
+                                  u"[label]",
+                                  u"[isrc]",
+                                  u"[upc]",
+                                  u"[compilation]",
+                                  u"[mood]",
+                                  u"[style]",
+                                  u"[copyright]",
+                                  u"[subtitle]",
+                                  u"[orchestra]",
+                                  u"[soloists]",
+                                  u"[instrument]",
+                                  u"[period]",
+                                  u"[chorus]",
+                                  u"[catalog #]",
+                                  u"[work]",
+                                  u"[movement name]",
+                                  u"[movement count]",
+                                  u"[movement number]",
+                                  u"[title sort]",
+                                  u"[artist sort]",
+                                  u"[album artist sort]",
+                                  u"[album sort]",
+                                  u"[soloistssort]",
+                                  u"[composersort]",
+                                  u"[conductorsort]",
+                                  u"[unique]",
+                                  u"[discunique]",
+                                  u"[length]",
+                                  u"[length_seconds]",
+                                  u"[length_mmss]",
+                                  u"[length_hhmmss]",
+                                  u"[encoder]",
+                                  u"[encoder+]",
+                                  u"[extension]",
+                                  u"[cddb_id]",
+                                  u"[origdrive]",
+                                  u"[origpath]",
+                                  u"[subpath]",
+                                  u"[origfilename]",
+                                  u"[protected]",
+                                  u"[id_tag]",
+                                  u"[audio_quality]",
+                                  u"[gapless]",
+                                  u"[date]",
+                                  u"[time]",
+                                  u"[day_of_week]",
+                                  u"[now_year]",
+                                  u"[frequency]",
+                                  u"[channels]",
+                                  u"[channels_subone]",
+                                  u"[bits_per_sample]",
+                                  u"[bytes_per_sample]",
+                                  u"[bitrate]",
+                                  u"[k_bitrate]"};
+constexpr int kItemCount = sizeof kItems / sizeof kItems[0];
+static_assert(kItemCount == 71, "the language has 71 items");
+
+const char16_t* const kNeedsTags[] = {u"[artist]",
+                                      u"[album]",
+                                      u"[album artist]",
+                                      u"[composer]",
+                                      u"[conductor]",
+                                      u"[title]",
+                                      u"[genre]",
+                                      u"[year]",
+                                      u"[track]",
+                                      u"[tag]",
+                                      u"[track_unpad]",
+                                      u"[track_total_unpad]",
+                                      u"[track_total]",
+                                      u"[disc]",
+                                      u"[disc_total]",
+                                      u"[band]",
+                                      u"[rating]",
+                                      u"[tempo]",
+                                      u"[label]",
+                                      u"[isrc]",
+                                      u"[upc]",
+                                      u"[compilation]",
+                                      u"[mood]",
+                                      u"[style]",
+                                      u"[copyright]",
+                                      u"[subtitle]",
+                                      u"[length]",
+                                      u"[orchestra]",
+                                      u"[soloists]",
+                                      u"[instrument]",
+                                      u"[period]",
+                                      u"[chorus]",
+                                      u"[catalog #]",
+                                      u"[work]",
+                                      u"[movement name]",
+                                      u"[movement count]",
+                                      u"[movement number]",
+                                      u"[length_mmss]",
+                                      u"[length_hhmmss]",
+                                      u"[id_tag]",
+                                      u"[audio_quality]",
+                                      u"[gapless]",
+                                      u"[frequency]",
+                                      u"[channels]",
+                                      u"[channels_subone]",
+                                      u"[bits_per_sample]",
+                                      u"[bytes_per_sample]",
+                                      u"[bitrate]",
+                                      u"[k_bitrate]",
+                                      u"[ifequals]",
+                                      u"[IFVALUE]",
+                                      u"[IF!EQUALS]",
+                                      u"[TAGS]",
+                                      u"[IFCOMP]",
+                                      u"[IF!COMP]",
+                                      u"[IFMULTI]",
+                                      u"[IF!MULTI]"};
+
+bool IsPathItem(const clString& name) {
+    return name.EqualsNoCase(u"origpath") || name.EqualsNoCase(u"origfilename") || name.EqualsNoCase(u"origdrive") ||
+           name.EqualsNoCase(u"subpath");
+}
+
+// Step 2: no value may break the syntax or make a folder, apart from the
+// path items and the extras, which are meant to.
+void QuoteValues(clTagList& tags, const clStringList* extrasNames, const clPathSyntax& syntax) {
+    for (int64_t i = 0; i < tags.Count(); ++i) {
+        clTagItem& item = tags[i];
+        QuoteNamingText(item.value);
+        bool mayMakeFolders =
+            IsPathItem(item.name) || (extrasNames != nullptr && extrasNames->Find(item.name.text, true));
+        if (syntax.IsWindows()) {
+            if (!mayMakeFolders) item.value.Replace(u"\\", u"-");
+        } else if (!mayMakeFolders) {
+            item.value.Replace(u"\\", u"-");
+            item.value.Replace(u"/", u"-");
+        } else {
+            // A backslash in a POSIX name is a character, not a separator.
+            if (IsPathItem(item.name)) item.value.Replace(u"\\", u"-");
+            item.value.Replace(u"/", u"\\");
+        }
+    }
+}
+
+// Step 3.
+void NormaliseCompilation(clTagList& tags) {
+    clString value = tags.GetTagValue(u"compilation");
+    if (value.ToInt64() != 0 || value.EqualsNoCase(u"yEs")) {
+        tags.RemoveTag(u"compilation");
+        tags.AddTag(u"compilation", u"1");
+    }
+}
+
+// Step 4: "[IFVALUE][tag]name[],..." and "[IFVALUE][name],..." become
+// "[IFVALUE]name,...", so the operand reaches the function as a name.
+void UnwrapOperands(clString& text) {
+    for (const char16_t* token : {u"[ifvAlue]", u"[ifequals]", u"[if!equals]"}) {
+        clString withTag(token, u"[tag]");
+        int32_t tokenLength = clTextLength(token);
+        for (int32_t at = text.Find(withTag, 1, true); at != 0; at = text.Find(withTag, at + 1, true)) {
+            text.Delete(at + tokenLength, at + tokenLength + 4);
+            int32_t end = text.Find(u"[]", at);
+            if (end != 0) text.Delete(end, end + 1);
+        }
+        clString withBracket(token, u"[");
+        for (int32_t at = text.Find(withBracket, 1, true); at != 0; at = text.Find(withBracket, at + 1, true)) {
+            text.Delete(at + tokenLength, at + tokenLength);
+            int32_t close = text.FindChar(u']', at + tokenLength);
+            if (close != 0) text.Delete(close, close);
+        }
+    }
+}
+
+clString PadToTwo(clString value) {
+    if (value.Length() == 1) value.Insert(u"0", 1);
+    return value;
+}
+
+clString DropLeadingZero(clString value) {
+    if (value.CharAt(1) == u'0') value.Delete(1, 1);
+    return value;
+}
+
+// The value an item stands for.
+clString ItemValue(int index, const char16_t* key, const clTagList& tags) {
+    switch (index) {
+        case 8: return PadToTwo(NumberPart(tags.GetTagValue(u"track"), false));
+        case 9: return DropLeadingZero(NumberPart(tags.GetTagValue(u"track"), false));
+        case 10: return PadToTwo(NumberPart(tags.GetTagValue(u"track"), true));
+        case 11: return DropLeadingZero(NumberPart(tags.GetTagValue(u"track"), true));
+        case 12: return NumberPart(tags.GetTagValue(u"disc"), false);
+        case 13: return NumberPart(tags.GetTagValue(u"disc"), true);
+        default: break;
+    }
+    clString name(key);
+    if (index < kItemCount) name = name.Mid(2, name.Length() - 1);  // the tag's name without brackets
+    return FirstValue(tags.GetTagValue(name.text));
+}
+
+// Keeps the phases of one expansion within their bound.
+class clBound {
+public:
+    // True while another round may run on `text`.
+    bool Allows(const clString& text) {
+        work += text.Length();
+        return ++rounds <= clNamingMaxRounds && text.Length() <= clNamingMaxText && work <= clNamingMaxWork;
+    }
+    void Reset() { rounds = 0, work = 0; }
+
+private:
+    int32_t rounds = 0;
+    int64_t work = 0;
+};
+
+// Step 5: items, then the extras' names, each key as long as it is found.
+void ExpandItems(clString& text, const clTagList& tags, const clStringList* extrasNames) {
+    clBound bound;
+    int64_t extras = extrasNames != nullptr ? extrasNames->Count() : 0;
+    for (int64_t index = 0; index < kItemCount + extras; ++index) {
+        const char16_t* key = index < kItemCount ? kItems[index] : (*extrasNames)[index - kItemCount].text;
+        int32_t keyLength = clTextLength(key);
+        for (;;) {
+            if (!bound.Allows(text)) return;
+            int32_t at = text.Lower().Find(key, 1, false);
+            if (at == 0) break;
+            text.Delete(at, at + keyLength - 1);
+            text.Insert(ItemValue(static_cast<int>(index), key, tags), at);
+        }
+    }
+}
+
+enum class clTagForm { Single, Multi, Delimited };
+
+// Steps 6-8: "[tag]name[]", "[multitag]name[]", "[tags]name,delimiter[]".
+void ExpandTagForm(clString& text, const clTagList& tags, const char16_t* opener, clTagForm form) {
+    clBound bound;
+    int32_t openerLength = clTextLength(opener);
+    while (bound.Allows(text)) {
+        int32_t at = text.Lower().Find(opener, 1, false);
+        if (at == 0) return;
+        int32_t end = text.Find(u"[]", at);
+        if (end == 0) return;
+        clString inner = text.Mid(at + openerLength, end - 1);
+        clString value;
+        if (form == clTagForm::Delimited) {
+            clStringList pieces;
+            pieces.Split(inner.text, u",");
+            if (pieces.Count() == 2) {
+                clString delimiter(pieces[1]);
+                delimiter.Replace(u"_COMMA_", u"<comma_>");
+                value = tags.GetTagValue(pieces[0].text);
+                if (!ReplaceWithin(value, u"\r", delimiter.text, false)) return;
+            }
+        } else {
+            value = tags.GetTagValue(inner.text);
+            if (form == clTagForm::Single) {
+                value = FirstValue(value);
+            } else if (!ReplaceWithin(value, u"\r", u"; ", false)) {
+                return;
+            }
+        }
+        text.Delete(at, end + 1);
+        text.Insert(value, at);
+    }
+}
+
+// Step 10: the rightmost function, again and again.
+void RunFunctions(clString& text, const clNamingContext& context) {
+    clBound bound;
+    while (bound.Allows(text)) {
+        int32_t at = 0;
+        int token = FindRightmostFunction(text, at);
+        if (token < 0) return;
+        int32_t end = text.Find(u"[]", at);
+        if (end == 0) return;
+        int32_t tokenLength = clTextLength(clNamingTokens[token]);
+        clString arguments = text.Mid(at + tokenLength, end - 1);
+        text.Delete(at, end + 1);
+        text.Insert(RunNamingFunction(token, arguments, context), at);
+    }
+}
+
+}  // namespace
+
+clString NextArgument(clString& arguments, bool last) {
+    int32_t comma = last ? 0 : arguments.FindChar(u',');
+    if (comma == 0) {
+        clString all(arguments);
+        arguments.Clear();
+        return all;
+    }
+    clString first = arguments.Mid(1, comma - 1);
+    arguments.Delete(1, comma);
+    return first;
+}
+
+bool NamingNeedsTags(const clString& naming) {
+    for (const char16_t* key : kNeedsTags) {
+        if (naming.Find(key, 1, true) != 0) return true;
+    }
+    return false;
+}
+
+clString ExpandNaming(const clString& naming, const clTagList& tags, const clStringList* extrasNames,
+                      const clPathSyntax& syntax) {
+    clTagList quoted;
+    quoted.MergeMissing(tags);
+    clString text(naming);
+    if (!syntax.IsWindows()) text.Replace(u"/", u"\\");
+    QuoteValues(quoted, extrasNames, syntax);
+    NormaliseCompilation(quoted);
+    UnwrapOperands(text);
+    ExpandItems(text, quoted, extrasNames);
+    ExpandTagForm(text, quoted, u"[tag]", clTagForm::Single);
+    ExpandTagForm(text, quoted, u"[multitag]", clTagForm::Multi);
+    ExpandTagForm(text, quoted, u"[tags]", clTagForm::Delimited);
+    clStringList folders;
+    folders.Split(tags.GetTagValue(u"origpath").text, syntax.IsWindows() ? u"\\" : u"/");
+    clNamingContext context{quoted, tags, folders};
+    RunFunctions(text, context);
+    UnquoteNamingText(text);
+    return text;
+}
