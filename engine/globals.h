@@ -14,6 +14,6 @@ extern clString settingsRootKey;   // "Software\Harrowmere\Quillotone"
 extern clString globalEncoder;     // the entry to convert with
 extern clString globalProfile;     // additional settings profile, may be empty
 extern bool globalSkipOptions;     // -skip_ready_to_conv
-// The extras file of -dynamic_naming_extras as read. It becomes the tag
-// list globalNamingExtras once tag blocks can be read.
+// The extras file of -dynamic_naming_extras as read; LoadNamingExtras makes
+// it the tag list globalNamingExtras (naming/sourcefacts.h).
 extern clByteBuffer globalNamingExtrasBlock;

@@ -12,6 +12,7 @@
 #include "foundation/specialfolder.h"
 #include "foundation/stringlist.h"
 #include "foundation/syncobjects.h"
+#include "naming/sourcefacts.h"
 #include "plugins/filetypes.h"
 
 namespace {
@@ -156,10 +157,11 @@ int TrackConverterMain() {
 
 void AddDecoderExtensions(clConversionInput& input) { ScanDecoders(false, &input.extensions, nullptr); }
 
+void LoadNamingExtras(const clByteBuffer& block) { globalNamingExtras.LoadBlock(block.data, block.size); }
+
 // Seams. Each stands for a stage of a subsystem that is not built yet and
 // does nothing until it is.
 bool HandOverToOpenWindow(const clString& /*listFile*/) { return false; }
-void LoadNamingExtras(const clByteBuffer& /*block*/) {}
 void RunOpenFileDialog(clConversionInput& /*input*/) {}
 bool RunOptionsWindow(clConversionInput& /*input*/) { return false; }
 void RunConversionWindow(clConversionInput& /*input*/) {}

@@ -60,9 +60,11 @@ int TrackConverterMain();
 
 // The accepted extensions: those the decoder libraries list.
 void AddDecoderExtensions(clConversionInput& input);
+// The naming extras of -dynamic_naming_extras, a tag block, into
+// globalNamingExtras.
+void LoadNamingExtras(const clByteBuffer& block);
 // Seams: stages whose subsystems come later. Each does nothing yet.
 bool HandOverToOpenWindow(const clString& listFile);
-void LoadNamingExtras(const clByteBuffer& block);
 void RunOpenFileDialog(clConversionInput& input);
 bool RunOptionsWindow(clConversionInput& input);
 void RunConversionWindow(clConversionInput& input);

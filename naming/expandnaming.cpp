@@ -145,6 +145,19 @@ bool IsPathItem(const clString& name) {
            name.EqualsNoCase(u"subpath");
 }
 
+// A value of nothing but dots and blanks would name the folder itself or
+// its parent ("..") once the blanks and trailing dots go; its dots become
+// "_" so it stays a name.
+void DefuseDotNames(clString& value) {
+    bool dots = false;
+    for (int32_t i = 1; i <= value.Length(); ++i) {
+        char16_t c = value.CharAt(i);
+        if (c != u'.' && c != u' ') return;
+        dots = dots || c == u'.';
+    }
+    if (dots) value.Replace(u".", u"_");
+}
+
 // Step 2: no value may break the syntax or make a folder, apart from the
 // path items and the extras, which are meant to.
 void QuoteValues(clTagList& tags, const clStringList* extrasNames, const clPathSyntax& syntax) {
@@ -153,6 +166,7 @@ void QuoteValues(clTagList& tags, const clStringList* extrasNames, const clPathS
         QuoteNamingText(item.value);
         bool mayMakeFolders =
             IsPathItem(item.name) || (extrasNames != nullptr && extrasNames->Find(item.name.text, true));
+        if (!mayMakeFolders) DefuseDotNames(item.value);
         if (syntax.IsWindows()) {
             if (!mayMakeFolders) item.value.Replace(u"\\", u"-");
         } else if (!mayMakeFolders) {

@@ -21,7 +21,10 @@ struct clFindData {
     uint32_t attributes = 0;
     uint64_t size = 0;
     int64_t writeTime = 0;  // seconds since 1970, UTC
-    clString name;          // the entry's name, without its folder
+    // Creation, in 100 ns ticks since 1601 UTC. POSIX: the birth time where
+    // the file system keeps one, else the last write.
+    uint64_t creationTicks = 0;
+    clString name;  // the entry's name, without its folder
 };
 
 using clFindHandle = intptr_t;
@@ -40,5 +43,9 @@ bool PlatformSetFileAttributes(const char16_t* path, uint32_t attributes);
 // there is no such root. POSIX: 3 (fixed) when the path names an existing
 // folder, else 1.
 uint32_t PlatformGetDriveType(const char16_t* root);
+// The label of the volume that holds `root`; false when it has none.
+// POSIX: the name under /dev/disk/by-label of the block device the path
+// lies on, where udev keeps one.
+bool PlatformGetVolumeLabel(const char16_t* root, clString& label);
 // The temporary folder with its trailing separator; false when unknown.
 bool PlatformGetTempPath(clString& path);

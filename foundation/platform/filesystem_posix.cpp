@@ -1,7 +1,9 @@
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cctype>
 #include <cerrno>
 #include <cstdlib>
 #include <string>
@@ -29,7 +31,17 @@ void FillFromStat(const struct stat& st, const char* name, bool isLink, clFindDa
     if (found.attributes == 0) found.attributes = clAttributeNormal;
     found.size = S_ISDIR(st.st_mode) ? 0 : static_cast<uint64_t>(st.st_size);
     found.writeTime = st.st_mtime;
+    found.creationTicks = static_cast<uint64_t>(st.st_mtime + 11644473600LL) * 10000000ULL +
+                          static_cast<uint64_t>(st.st_mtim.tv_nsec / 100);
     FromNative(name, found.name);
+}
+
+void TakeBirthTime(const std::string& path, clFindData& found) {
+    struct statx birth {};
+    if (::statx(AT_FDCWD, path.c_str(), 0, STATX_BTIME, &birth) == 0 && (birth.stx_mask & STATX_BTIME) != 0) {
+        found.creationTicks =
+            static_cast<uint64_t>(birth.stx_btime.tv_sec + 11644473600LL) * 10000000ULL + birth.stx_btime.tv_nsec / 100;
+    }
 }
 
 bool NextMatch(FindState& state, clFindData& found) {
@@ -48,6 +60,7 @@ bool NextMatch(FindState& state, clFindData& found) {
             if (::stat(full.c_str(), &target) == 0) st = target;
         }
         FillFromStat(st, entry->d_name, isLink, found);
+        TakeBirthTime(full, found);
         return true;
     }
     return false;
@@ -171,4 +184,35 @@ bool PlatformGetTempPath(clString& path) {
     FromNative(dir, path);
     if (path.CharAt(clStringLast) != u'/') path.Append(u"/");
     return true;
+}
+
+bool PlatformGetVolumeLabel(const char16_t* root, clString& label) {
+    label.Clear();
+    struct stat place {};
+    if (::stat(NativePath(root).c_str(), &place) != 0) return false;
+    DIR* labels = ::opendir("/dev/disk/by-label");
+    if (labels == nullptr) return false;
+    bool found = false;
+    while (dirent* entry = ::readdir(labels)) {
+        if (entry->d_name[0] == '.') continue;
+        struct stat device {};
+        std::string link = std::string("/dev/disk/by-label/") + entry->d_name;
+        if (::stat(link.c_str(), &device) != 0 || !S_ISBLK(device.st_mode) || device.st_rdev != place.st_dev) continue;
+        // udev writes a blank and other bytes as \x20-style escapes.
+        std::string name;
+        for (const char* p = entry->d_name; *p != 0; ++p) {
+            if (p[0] == '\\' && p[1] == 'x' && std::isxdigit(static_cast<unsigned char>(p[2])) &&
+                std::isxdigit(static_cast<unsigned char>(p[3]))) {
+                name.push_back(static_cast<char>(std::stoi(std::string(p + 2, 2), nullptr, 16)));
+                p += 3;
+            } else {
+                name.push_back(*p);
+            }
+        }
+        FromNative(name.c_str(), label);
+        found = true;
+        break;
+    }
+    ::closedir(labels);
+    return found;
 }

@@ -13,6 +13,8 @@ void Fill(const WIN32_FIND_DATAW& data, clFindData& found) {
     uint64_t ticks =
         (static_cast<uint64_t>(data.ftLastWriteTime.dwHighDateTime) << 32) | data.ftLastWriteTime.dwLowDateTime;
     found.writeTime = static_cast<int64_t>(ticks / 10000000ULL) - 11644473600LL;
+    found.creationTicks =
+        (static_cast<uint64_t>(data.ftCreationTime.dwHighDateTime) << 32) | data.ftCreationTime.dwLowDateTime;
     found.name.Assign(reinterpret_cast<const char16_t*>(data.cFileName));
 }
 
@@ -61,4 +63,12 @@ bool PlatformGetTempPath(clString& path) {
     }
     path.size = static_cast<int32_t>(n) + 1;
     return true;
+}
+
+bool PlatformGetVolumeLabel(const char16_t* root, clString& label) {
+    wchar_t buffer[MAX_PATH + 1] = {};
+    label.Clear();
+    if (!GetVolumeInformationW(W(root), buffer, MAX_PATH + 1, nullptr, nullptr, nullptr, nullptr, 0)) return false;
+    label.Assign(reinterpret_cast<const char16_t*>(buffer));
+    return !label.IsEmpty();
 }

@@ -10,6 +10,7 @@
 #include "foundation/bytebuffer.h"
 #include "foundation/folders.h"
 #include "foundation/settings.h"
+#include "naming/sourcefacts.h"
 #include "plugins/sourcefile.h"
 #include "tests/support/testfolder.h"
 
@@ -217,4 +218,14 @@ TEST(MainFlow, AcceptedExtensionsComeFromTheDecoderLibraries) {
     input.AddSource(clString(u"/m/x.hid"), false);
     EXPECT_EQ(input.sources.count, 1);
     EXPECT_EQ(input.excludedFiles.Count(), 1);
+}
+
+TEST(MainFlow, NamingExtrasBecomeTheExtrasTagList) {
+    clTagList extras;
+    extras.AddTag(u"[sub]", u"A\\B");
+    clByteBuffer block;
+    ASSERT_TRUE(extras.SaveBlock(block));
+    LoadNamingExtras(block);
+    EXPECT_EQ(U(globalNamingExtras.GetTagValue(u"[sub]")), u"A\\B");
+    globalNamingExtras.Clear();
 }

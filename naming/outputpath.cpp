@@ -1,0 +1,158 @@
+#include "naming/outputpath.h"
+
+#include "foundation/asciifold.h"
+#include "foundation/cleanpath.h"
+#include "foundation/file.h"
+#include "foundation/pathtext.h"
+#include "foundation/platform/fileio.h"
+#include "foundation/platform/filesystem.h"
+#include "foundation/settings.h"
+#include "foundation/specialfolder.h"
+#include "foundation/stringlist.h"
+#include "naming/expandnaming.h"
+#include "naming/sourcefacts.h"
+#include "plugins/sourcefile.h"
+#include "plugins/taglist.h"
+
+namespace {
+
+struct FriendlyFolder {
+    const char16_t* name;
+    int32_t id;
+};
+
+const FriendlyFolder kFriendlyFolders[] = {{u"Music", 13},        {u"Pictures", 39},
+                                           {u"Video", 14},        {u"Documents", 5},
+                                           {u"Public Music", 53}, {u"Public Pictures", 54},
+                                           {u"Public Video", 55}, {u"Public Documents", 46},
+                                           {u"Desktop", 16},      {u"[Temporary Folder]", 20483}};
+
+// A joined track is named after the first file its list names.
+clString NamingSourcePath(const clString& path) {
+    if (!GetExtension(path).Equals(clConcatExtension)) return path;
+    // A list file is UTF-16LE, like every list the program exchanges.
+    clFile list;
+    list.fileName = path;
+    list.shareMode = clShareReadWrite;
+    list.Open(clAccessRead, clOpenExisting, false, true);
+    clString first;
+    if (list.handle == clInvalidHandle || !list.ReadLine(first, true, false) || first.IsEmpty()) return path;
+    return first;
+}
+
+clString WithoutLastDot(const clString& path) {
+    int32_t dot = path.FindLastChar(u'.');
+    return dot == 0 ? path : path.Mid(1, dot - 1);
+}
+
+// Code page 20127: every character beyond ASCII (a surrogate pair counts
+// once) becomes "?".
+void ToPlainAscii(clString& text) {
+    clString plain;
+    for (int32_t i = 1; i <= text.Length(); ++i) {
+        char16_t c = text.CharAt(i);
+        if (c >= 0xD800 && c < 0xDC00 && text.CharAt(i + 1) >= 0xDC00 && text.CharAt(i + 1) < 0xE000) ++i;
+        char16_t one[2] = {c < 0x80 ? c : u'?', 0};
+        plain.AppendGrowing(one);
+    }
+    text = plain;
+}
+
+}  // namespace
+
+clString ComputeOutputPath(const clSourceFile& source, const clString& folder, const clString& namingRule,
+                           const clString& extension, const clString& fixedPath, const clString& dspEffects,
+                           const clPathSyntax& syntax) {
+    clString path = NamingSourcePath(source.path);
+    if (folder.Equals(u"[origdrive]") && namingRule.Equals(u"[origpath]\\[origfilename]") && fixedPath.IsEmpty()) {
+        return clString(WithoutLastDot(path).text, extension.text);
+    }
+    clString table = GetSettingText(u"FileNameChrReplace");
+    clCleanPathOptions clean;
+    clean.limitLength = true;
+    clean.table = table.IsEmpty() ? nullptr : table.text;
+    clString out;
+    if (!fixedPath.IsEmpty()) {
+        out = fixedPath;
+    } else if (folder.IsEmpty()) {
+        out = WithoutLastDot(path);
+    } else {
+        out = folder;
+        if (!syntax.IsWindows()) out.Replace(u"\\", u"/");
+        if (!out.EqualsNoCase(u"[origdrive]")) AddBackslash(out, syntax);
+        if (namingRule.IsEmpty()) {
+            out.Append(GetFileBaseName(path, syntax));
+        } else {
+            clTagList tags;
+            clTagList properties;
+            if (source.tagBlock.size != 0) tags.LoadBlock(source.tagBlock.data, source.tagBlock.size);
+            if (source.extraBlock.size != 0) properties.LoadBlock(source.extraBlock.data, source.extraBlock.size);
+            clStringList extrasNames;
+            AddSourceFacts(tags, properties, extrasNames, source, path, dspEffects, namingRule, extension, &out,
+                           syntax);
+            clString name = ExpandNaming(namingRule, tags, &extrasNames, syntax);
+            if (!syntax.IsWindows()) name.Replace(u"\\", u"/");
+            out.Append(name);
+            CleanPath(out, clean, syntax);
+        }
+    }
+    out.Append(extension);
+    clString result = ResolveFriendlyFolder(out, syntax);
+    if (GetSettingNumber(u"FileNameANSIFilenameOnly") != 0) {
+        clCleanPathOptions fold = clean;
+        fold.table = clAsciiFoldTable;
+        CleanPath(result, fold, syntax);
+        ToPlainAscii(result);
+    }
+    CleanPath(result, clean, syntax);
+    return result;
+}
+
+clString ResolveFriendlyFolder(const clString& text, const clPathSyntax& syntax) {
+    clString result(text);
+    for (const FriendlyFolder& pair : kFriendlyFolders) {
+        int32_t nameLength = clTextLength(pair.name);
+        if (text.Length() < nameLength || text.Length() < 2) continue;
+        if (text.Compare(pair.name, nameLength) != 0) continue;
+        char16_t behind = text.CharAt(nameLength + 1);
+        if (behind != 0 && behind != syntax.separator) continue;
+        clString folder = GetSpecialFolder(pair.id);
+        if (folder.IsEmpty()) continue;
+        result = folder;
+        result.Append(text.Mid(nameLength + 1, text.Length()));
+        clCleanPathOptions clean;
+        CleanPath(result, clean, syntax);
+        break;
+    }
+    int32_t length = text.Length();
+    if (syntax.IsWindows() && length >= 5 && text.FindChar(u'\\') == 0 && text.CharAt(length) == u')' &&
+        text.CharAt(length - 1) == u':' && text.CharAt(length - 3) == u'(') {
+        char16_t drive[4] = {text.CharAt(length - 2), u':', u'\\', 0};
+        result = drive;
+    }
+    return result;
+}
+
+clString FriendlyFolderName(const clString& path, bool isFile, const clPathSyntax& syntax) {
+    clString copy(path);
+    if (!isFile) AddBackslash(copy, syntax);
+    for (const FriendlyFolder& pair : kFriendlyFolders) {
+        clString folder = GetSpecialFolder(pair.id);
+        if (folder.IsEmpty() || copy.Length() < folder.Length() || copy.Length() < 2) continue;
+        if (copy.Compare(folder, folder.Length(), true) != 0) continue;
+        clString result(pair.name);
+        // The rest from the folder's closing separator on.
+        clString rest = copy.Mid(folder.Length(), copy.Length());
+        if (rest.Length() > 1) result.Append(rest);
+        return result;
+    }
+    int32_t length = path.Length();
+    if ((length == 2 || length == 3) && path.CharAt(1) != u'\\' && path.CharAt(1) != u'/') {
+        clString label;
+        if (PlatformGetVolumeLabel(path.text, label)) {
+            char16_t drive[3] = {clAsciiUpper(path.CharAt(1)), clAsciiUpper(path.CharAt(2)), 0};
+            return clString::Formatted(u"%s (%s)", label.text, drive);
+        }
+    }
+    return path;
+}
