@@ -243,7 +243,6 @@ public:
         work += text.Length();
         return ++rounds <= clNamingMaxRounds && text.Length() <= clNamingMaxText && work <= clNamingMaxWork;
     }
-    void Reset() { rounds = 0, work = 0; }
 
 private:
     int32_t rounds = 0;
