@@ -75,7 +75,7 @@ void ReplaceCharacters(clString& path, int32_t start, const char16_t* table, con
     }
 }
 
-void ShortenPath(clString& path, const clPathSyntax& syntax) {
+void ShortenPath(clString& path, int32_t keepLength, const clPathSyntax& syntax) {
     while (syntax.Measure(path) >= syntax.pathLimit) {
         int32_t separator = path.FindLastChar(syntax.separator);
         int32_t dot = path.FindLastChar(u'.');
@@ -83,7 +83,7 @@ void ShortenPath(clString& path, const clPathSyntax& syntax) {
         if (separator == 0 || rootLength == 1) return;
         if (dot < separator) dot = path.Length();
         int32_t nameLength = dot - separator - 1;
-        bool inRoot = separator + 1 == rootLength;
+        bool inRoot = separator + 1 == rootLength || separator - 1 <= keepLength;
         if (!inRoot && nameLength < kShortName) {
             path.Delete(separator - 1, separator - 1);
             continue;
@@ -154,7 +154,7 @@ void CleanPath(clString& path, const clCleanPathOptions& options, const clPathSy
     }
 
     // 5. Keep the whole path below the limit.
-    if (options.limitLength) ShortenPath(path, syntax);
+    if (options.limitLength) ShortenPath(path, options.keepLength, syntax);
 
     // 6-7. Tidy what the steps above may have left.
     CollapseSeparators(path, syntax);

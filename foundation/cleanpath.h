@@ -24,6 +24,10 @@ struct clCleanPathOptions {
     bool limitLength = false;         // shorten the whole path below the path limit
     const char16_t* table = nullptr;  // null: clDefaultPathTable
     bool hasRoot = true;              // leave the root out of the character pass
+    // The shortening never deletes within the first `keepLength`
+    // characters: an output folder the user chose stays as it is, and only
+    // what was named into it gets shorter.
+    int32_t keepLength = 0;
 };
 
 void CleanPath(clString& path, const clCleanPathOptions& options, const clPathSyntax& syntax = NativePathSyntax());

@@ -281,12 +281,18 @@ clString clString::Lower() const {
 int32_t clString::Find(const char16_t* needle, int32_t start, bool ignoreCase) const {
     if (start < 1 || start >= size) return 0;
     if (needle == nullptr || needle[0] == 0) return start;
-    if (ignoreCase) {
-        clString upperText = Upper();
-        clString upperNeedle = clString(needle).Upper();
-        return upperText.Find(upperNeedle.text, start, false);
-    }
     int32_t needleLength = clTextLength(needle);
+    if (ignoreCase) {
+        // As Upper on both sides would, without making the copies.
+        char16_t first = clAsciiUpper(needle[0]);
+        for (int32_t i = start - 1; i + needleLength <= size - 1; ++i) {
+            if (clAsciiUpper(text[i]) != first) continue;
+            int32_t k = 1;
+            while (k < needleLength && clAsciiUpper(text[i + k]) == clAsciiUpper(needle[k])) ++k;
+            if (k == needleLength) return i + 1;
+        }
+        return 0;
+    }
     for (int32_t i = start - 1; i + needleLength <= size - 1; ++i) {
         if (text[i] == needle[0] &&
             std::memcmp(text + i, needle, static_cast<size_t>(needleLength) * sizeof(char16_t)) == 0) {
@@ -313,6 +319,7 @@ int32_t clString::FindLastChar(char16_t character) const {
 
 void clString::Replace(const char16_t* oldText, const char16_t* newText, bool ignoreCase) {
     if (oldText == nullptr || oldText[0] == 0) return;
+    if (Find(oldText, 1, ignoreCase) == 0) return;  // the common case, without copies
     // Copies: the arguments may point into this string.
     clString oldCopy(oldText);
     clString newCopy(newText);

@@ -1,5 +1,7 @@
 #include "naming/expandnaming.h"
 
+#include <cstring>
+
 #include "foundation/stringlist.h"
 #include "naming/namingfunctions.h"
 #include "plugins/taglist.h"
@@ -249,19 +251,63 @@ private:
     int64_t work = 0;
 };
 
+// The text lowered, with the places of its "[": every item begins with
+// one, and a text holds few of them, so an item is looked for there only
+// instead of along the whole text (71 items are looked for per expansion).
+class clKeySearch {
+public:
+    explicit clKeySearch(const clString& text) { Refresh(text); }
+
+    void Refresh(const clString& text) {
+        lowered = text.Lower();
+        count = 0;
+        overflow = false;
+        for (int32_t at = lowered.FindChar(u'['); at != 0; at = lowered.FindChar(u'[', at + 1)) {
+            if (count == kMaxBrackets) {
+                overflow = true;
+                break;
+            }
+            brackets[count++] = at;
+        }
+    }
+
+    // The first place of `key` (lower case), 0 for none.
+    int32_t Find(const char16_t* key, int32_t keyLength) const {
+        if (key[0] != u'[' || overflow) return lowered.Find(key, 1, false);
+        for (int32_t i = 0; i < count; ++i) {
+            int32_t at = brackets[i];
+            if (at + keyLength - 1 <= lowered.Length() &&
+                std::memcmp(lowered.text + at - 1, key, static_cast<size_t>(keyLength) * sizeof(char16_t)) == 0) {
+                return at;
+            }
+        }
+        return 0;
+    }
+
+private:
+    static constexpr int32_t kMaxBrackets = 128;
+    clString lowered;
+    int32_t brackets[kMaxBrackets] = {};
+    int32_t count = 0;
+    bool overflow = false;
+};
+
 // Step 5: items, then the extras' names, each key as long as it is found.
+// The keys are lower case, and the text is searched lowered.
 void ExpandItems(clString& text, const clTagList& tags, const clStringList* extrasNames) {
     clBound bound;
+    clKeySearch search(text);
     int64_t extras = extrasNames != nullptr ? extrasNames->Count() : 0;
     for (int64_t index = 0; index < kItemCount + extras; ++index) {
         const char16_t* key = index < kItemCount ? kItems[index] : (*extrasNames)[index - kItemCount].text;
         int32_t keyLength = clTextLength(key);
         for (;;) {
             if (!bound.Allows(text)) return;
-            int32_t at = text.Lower().Find(key, 1, false);
+            int32_t at = search.Find(key, keyLength);
             if (at == 0) break;
             text.Delete(at, at + keyLength - 1);
             text.Insert(ItemValue(static_cast<int>(index), key, tags), at);
+            search.Refresh(text);
         }
     }
 }
@@ -273,7 +319,7 @@ void ExpandTagForm(clString& text, const clTagList& tags, const char16_t* opener
     clBound bound;
     int32_t openerLength = clTextLength(opener);
     while (bound.Allows(text)) {
-        int32_t at = text.Lower().Find(opener, 1, false);
+        int32_t at = text.Find(opener, 1, true);  // the opener is lower case
         if (at == 0) return;
         int32_t end = text.Find(u"[]", at);
         if (end == 0) return;
@@ -340,8 +386,10 @@ bool NamingNeedsTags(const clString& naming) {
 
 clString ExpandNaming(const clString& naming, const clTagList& tags, const clStringList* extrasNames,
                       const clPathSyntax& syntax) {
+    // A lookup takes the first item of a name, so the later ones of a
+    // duplicated name are copied along but never seen.
     clTagList quoted;
-    quoted.MergeMissing(tags);
+    quoted.AddAll(tags);
     clString text(naming);
     if (!syntax.IsWindows()) text.Replace(u"/", u"\\");
     QuoteValues(quoted, extrasNames, syntax);

@@ -274,15 +274,22 @@ bool ReplaceWithin(clString& text, const char16_t* search, const char16_t* repla
 }
 
 int FindRightmostFunction(const clString& text, int32_t& at) {
-    clString upper = text.Upper();
-    for (int32_t position = upper.Length(); position >= 1; --position) {
-        if (upper.text[position - 1] != u'[') continue;
+    struct TokenLengths {
+        int32_t of[25];
+        TokenLengths() {
+            for (int token = 0; token < 25; ++token) of[token] = clTextLength(clNamingTokens[token]);
+        }
+    };
+    static const TokenLengths lengths;  // made once, safely from any thread
+    for (int32_t position = text.Length(); position >= 1; --position) {
+        if (text.text[position - 1] != u'[') continue;
         for (int token = 0; token < 25; ++token) {
             const char16_t* name = clNamingTokens[token];
-            int32_t length = clTextLength(name);
-            if (position + length - 1 > upper.Length()) continue;
+            int32_t length = lengths.of[token];
+            if (position + length - 1 > text.Length()) continue;
+            // The tokens are upper case; the text may be in any case.
             bool same = true;
-            for (int32_t i = 0; i < length && same; ++i) same = upper.text[position - 1 + i] == name[i];
+            for (int32_t i = 1; i < length && same; ++i) same = clAsciiUpper(text.text[position - 1 + i]) == name[i];
             if (same) {
                 at = position;
                 return token;

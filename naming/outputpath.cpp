@@ -58,6 +58,29 @@ void ToPlainAscii(clString& text) {
     text = plain;
 }
 
+// The last passes over a path: folded to plain ASCII if the user wants
+// it, then cleaned.
+void FinalPasses(clString& text, bool plainAscii, const clCleanPathOptions& clean, const clPathSyntax& syntax) {
+    if (plainAscii) {
+        clCleanPathOptions fold = clean;
+        fold.table = clAsciiFoldTable;
+        CleanPath(text, fold, syntax);
+        ToPlainAscii(text);
+    }
+    CleanPath(text, clean, syntax);
+}
+
+// The output folder as the final passes leave it, so that the shortening
+// of the whole path can be kept out of it.
+int32_t FinishedLength(const clString& folder, bool friendly, bool plainAscii, const clCleanPathOptions& clean,
+                       const clPathSyntax& syntax) {
+    clString text = friendly ? ResolveFriendlyFolder(folder, syntax) : folder;
+    clCleanPathOptions unlimited = clean;
+    unlimited.limitLength = false;
+    FinalPasses(text, plainAscii, unlimited, syntax);
+    return text.Length();
+}
+
 }  // namespace
 
 clString ComputeOutputPath(const clSourceFile& source, const clString& folder, const clString& namingRule,
@@ -71,6 +94,12 @@ clString ComputeOutputPath(const clSourceFile& source, const clString& folder, c
     clCleanPathOptions clean;
     clean.limitLength = true;
     clean.table = table.IsEmpty() ? nullptr : table.text;
+    bool plainAscii = GetSettingNumber(u"FileNameANSIFilenameOnly") != 0;
+    // Tag values name things inside the output folder, never the folder
+    // itself: when the whole path is too long, a long title gets shorter,
+    // not the folder, which would move the output beside it or up to the
+    // drive's root. Keeps the folder as it stands before the final passes.
+    clString keptFolder;
     clString out;
     if (!fixedPath.IsEmpty()) {
         out = fixedPath;
@@ -92,19 +121,20 @@ clString ComputeOutputPath(const clSourceFile& source, const clString& folder, c
                            syntax);
             clString name = ExpandNaming(namingRule, tags, &extrasNames, syntax);
             if (!syntax.IsWindows()) name.Replace(u"\\", u"/");
+            keptFolder = out;
+            clCleanPathOptions naming = clean;
+            if (!out.EqualsNoCase(u"[origdrive]"))
+                naming.keepLength = FinishedLength(out, false, false, clean, syntax) + 1;
             out.Append(name);
-            CleanPath(out, clean, syntax);
+            CleanPath(out, naming, syntax);
         }
     }
     out.Append(extension);
     clString result = ResolveFriendlyFolder(out, syntax);
-    if (GetSettingNumber(u"FileNameANSIFilenameOnly") != 0) {
-        clCleanPathOptions fold = clean;
-        fold.table = clAsciiFoldTable;
-        CleanPath(result, fold, syntax);
-        ToPlainAscii(result);
+    if (!keptFolder.IsEmpty() && !keptFolder.EqualsNoCase(u"[origdrive]")) {
+        clean.keepLength = FinishedLength(keptFolder, true, plainAscii, clean, syntax) + 1;
     }
-    CleanPath(result, clean, syntax);
+    FinalPasses(result, plainAscii, clean, syntax);
     return result;
 }
 

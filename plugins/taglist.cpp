@@ -85,15 +85,21 @@ bool clTagList::RemoveTag(const char16_t* name) {
     return removed;
 }
 
+void clTagList::AddCopy(const clTagItem& from) {
+    clTagItem& copy = AddTag(from.name.text, from.value.text);
+    copy.name.tag = from.name.tag;
+    copy.value.tag = from.value.tag;
+    copy.binary.Assign(from.binary);
+}
+
 void clTagList::MergeMissing(const clTagList& other) {
     for (int64_t i = 0; i < other.Count(); ++i) {
-        const clTagItem& from = other[i];
-        if (FindTag(from.name.text) != nullptr) continue;
-        clTagItem& copy = AddTag(from.name.text, from.value.text);
-        copy.name.tag = from.name.tag;
-        copy.value.tag = from.value.tag;
-        copy.binary.Assign(from.binary);
+        if (FindTag(other[i].name.text) == nullptr) AddCopy(other[i]);
     }
+}
+
+void clTagList::AddAll(const clTagList& other) {
+    for (int64_t i = 0; i < other.Count(); ++i) AddCopy(other[i]);
 }
 
 void clTagList::LoadBlock(const void* block, uint64_t size) {

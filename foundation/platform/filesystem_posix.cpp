@@ -44,24 +44,29 @@ void TakeBirthTime(const std::string& path, clFindData& found) {
     }
 }
 
+// The facts of `full` (named `name`), a link reported as a reparse point as
+// Windows reports a junction, so that tree walks remove it instead of
+// following it. False when nothing has that name.
+bool StatEntry(const std::string& full, const char* name, clFindData& found) {
+    struct stat st {};
+    if (::lstat(full.c_str(), &st) != 0) return false;
+    bool isLink = S_ISLNK(st.st_mode);
+    if (isLink) {
+        struct stat target {};
+        if (::stat(full.c_str(), &target) == 0) st = target;
+    }
+    FillFromStat(st, name, isLink, found);
+    TakeBirthTime(full, found);
+    return true;
+}
+
 bool NextMatch(FindState& state, clFindData& found) {
+    if (state.dir == nullptr) return false;  // a plain name, found at once
     while (dirent* entry = ::readdir(state.dir)) {
         clString name;
         FromNative(entry->d_name, name);
         if (!clWildcardMatch(state.pattern.text, name.text)) continue;
-        std::string full = state.folder + entry->d_name;
-        // A link is reported as a reparse point, as Windows reports a
-        // junction, so that tree walks remove it instead of following it.
-        struct stat st {};
-        if (::lstat(full.c_str(), &st) != 0) continue;
-        bool isLink = S_ISLNK(st.st_mode);
-        if (isLink) {
-            struct stat target {};
-            if (::stat(full.c_str(), &target) == 0) st = target;
-        }
-        FillFromStat(st, entry->d_name, isLink, found);
-        TakeBirthTime(full, found);
-        return true;
+        if (StatEntry(state.folder + entry->d_name, entry->d_name, found)) return true;
     }
     return false;
 }
@@ -80,6 +85,14 @@ clFindHandle PlatformFindFirst(const char16_t* pattern, clFindData& found) {
     auto* state = new FindState;
     state->folder = folder;
     FromNative(last.c_str(), state->pattern);
+    // A name without wildcards that exists as written needs no walk of its
+    // folder: asking about one file of 100,000 must not read all of them.
+    // Only a name that differs in case from the one on disk is left to the
+    // walk, which matches ignoring case as Windows does.
+    if (last.find_first_of("*?") == std::string::npos && last != "." && last != ".." &&
+        StatEntry(native, last.c_str(), found)) {
+        return reinterpret_cast<clFindHandle>(state);
+    }
     state->dir = ::opendir(folder.empty() ? "." : folder.c_str());
     if (state->dir == nullptr) {
         SetLastErrorFromErrno(errno == ENOENT ? ENOTDIR : errno);
@@ -103,7 +116,7 @@ bool PlatformFindNext(clFindHandle handle, clFindData& found) {
 void PlatformFindClose(clFindHandle handle) {
     if (handle == clInvalidFind) return;
     auto* state = reinterpret_cast<FindState*>(handle);
-    ::closedir(state->dir);
+    if (state->dir != nullptr) ::closedir(state->dir);
     delete state;
 }
 

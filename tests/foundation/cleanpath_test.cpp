@@ -113,6 +113,24 @@ TEST(CleanPath, LimitFlagShortensBaseNameThenInnermostFolder) {
     EXPECT_EQ(U(b.Right(20)), U(shortName.Right(20)));  // the name is whole
 }
 
+// With the first characters kept, a short name before a too long path
+// shortens itself down to one character rather than the kept folder.
+TEST(CleanPath, KeptLengthIsNeverShortened) {
+    clString path(u"D:\\Out\\", Repeat(u'f', 200).text);
+    path.Append(u"\\n.");
+    path.Append(Repeat(u'x', 60).text);
+    clCleanPathOptions options;
+    options.limitLength = true;
+    options.keepLength = 7;
+    clString kept(path);
+    CleanPath(kept, options, Win);
+    EXPECT_EQ(kept.Length(), 259);
+    EXPECT_EQ(U(kept.Mid(1, 9)), u"D:\\Out\\ff");  // the rule's folder gave way, the kept one not
+    clString tooLong(u"D:\\Out\\", Repeat(u'f', 300).text);
+    CleanPath(tooLong, options, Win);
+    EXPECT_EQ(U(tooLong.Mid(1, 7)), u"D:\\Out\\");
+}
+
 TEST(CleanPath, HostileInputsStayBoundedAndBelowTheRoot) {
     const char16_t* inputs[] = {u"C:\\..\\..\\x", u"C:\\. . .\\ \\x", u"C:\\\x01\x02\\\x7f"};
     for (auto* in : inputs) {

@@ -40,6 +40,23 @@ TEST(Folders, MakeFoldersFindAndDeleteTreeWithNonAsciiNames) {
     EXPECT_FALSE(PathExists(tree));
 }
 
+// A plain name finds its one file, in the case written or in another, and
+// nothing else; a name that isn't there finds nothing.
+TEST(Folders, FindOfAPlainNameFindsThatFileInAnyCase) {
+    TestFolder dir;
+    ASSERT_TRUE(WriteBytes(dir.File(u"Track.flac"), "abc"));
+    ASSERT_TRUE(WriteBytes(dir.File(u"Track.flac.bak"), "x"));
+    for (const char16_t* name : {u"Track.flac", u"TRACK.FLAC"}) {
+        clFindFiles find(dir.File(name));
+        ASSERT_TRUE(find.Next());
+        EXPECT_EQ(U(find.found.name), u"Track.flac");
+        EXPECT_EQ(find.found.size, 3u);
+        EXPECT_FALSE(find.Next());
+    }
+    clFindFiles missing(dir.File(u"Track.fla"));
+    EXPECT_FALSE(missing.Next());
+}
+
 TEST(Folders, DeleteFolderTreeRefusesRootsAndDeleteFileClearsReadOnly) {
     EXPECT_FALSE(DeleteFolderTree(clString(u"C:")));
     EXPECT_FALSE(DeleteFolderTree(clString(u"/")));

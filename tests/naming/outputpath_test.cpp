@@ -132,6 +132,11 @@ TEST_F(OutputPath, HostileValuesStayBelowTheBaseFolder) {
     }
     hostile.push_back(std::u16string(10000, u'a'));
     hostile.push_back(std::u16string(3000, u'.') + u"/x");
+    // Too long for the path limit with a short name before the last dot:
+    // the shortening must cut what was named, never the chosen folder.
+    hostile.push_back(std::u16string(60, u'a') + u"." + std::u16string(200, u'b'));
+    hostile.push_back(u"." + std::u16string(300, u'c'));
+    hostile.push_back(std::u16string(1500, u'\u00e9') + u"." + std::u16string(1500, u'\u4e2d'));
     const char16_t* rules[] = {
         u"[artist]\\[title]",  u"[artist]", u"[title]\\[artist]\\x", u"[tag]artist[]", u"[GROUP]1,[artist][]\\[title]",
         u"[RIGHT]5,[artist][]"};

@@ -3,7 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <set>
+#include <sstream>
+#include <thread>
+#include <vector>
 
+#include "foundation/folders.h"
+#include "foundation/pathtext.h"
+#include "foundation/platform/processinfo.h"
 #include "foundation/settings.h"
 #include "foundation/stringlist.h"
 #include "plugins/quillotone_plugin.h"
@@ -111,4 +118,48 @@ TEST(SourceFacts, UniqueNumbersCountOnAndSourceDateComesFromTheFile) {
     parts.Split(tags.GetTagValue(u"source_date").text, u",");
     ASSERT_EQ(parts.Count(), 7);
     EXPECT_GE(parts[0].ToInt64(), 2024);
+}
+
+// Two batches in two processes at once draw from the one counter: every
+// number is handed out once, and the counter ends at the last of them.
+TEST(SourceFacts, UniqueNumbersAreMachineWideAcrossProcesses) {
+    SetSettingsRoot(clHiveCurrentUser, u"Software\\Harrowmere\\Quillotone");
+    SetSettingNumber(0, u"Unique");
+    TestFolder dir;
+    clString helper = JoinPath(GetProgramFolder(), clString(u"qv_testhelper", PlatformExecutableSuffix()));
+    constexpr int kProcesses = 2;
+    constexpr int kEach = 300;
+    std::vector<clString> outputs;
+    for (int i = 0; i < kProcesses; ++i) outputs.push_back(dir.File(clString::Formatted(u"numbers-%d", i).text));
+    int exitCodes[kProcesses] = {-1, -1};
+    std::vector<std::thread> runners;
+    for (int i = 0; i < kProcesses; ++i) {
+        runners.emplace_back([&, i] {
+            clStringList arguments;
+            arguments.Add(u"unique-tag");
+            arguments.Add(clString::Formatted(u"%d", kEach));
+            arguments.Add(outputs[i]);
+            if (!PlatformRunProcess(helper, arguments, dir.File(clString::Formatted(u"log-%d", i).text),
+                                    &exitCodes[i])) {
+                exitCodes[i] = -2;
+            }
+        });
+    }
+    for (auto& runner : runners) runner.join();
+    std::set<unsigned> seen;
+    size_t total = 0;
+    for (int i = 0; i < kProcesses; ++i) {
+        EXPECT_EQ(exitCodes[i], 0);
+        std::istringstream in(ReadBytes(outputs[i]));
+        unsigned n;
+        while (in >> n) {
+            seen.insert(n);
+            ++total;
+        }
+    }
+    EXPECT_EQ(total, static_cast<size_t>(kProcesses * kEach));
+    EXPECT_EQ(seen.size(), total);
+    ASSERT_FALSE(seen.empty());
+    EXPECT_EQ(*seen.begin(), 1u);
+    EXPECT_EQ(*seen.rbegin(), GetSettingNumber(u"Unique"));
 }

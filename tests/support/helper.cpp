@@ -7,6 +7,9 @@
 //   touch-after MS FILE             sleeps MS milliseconds, then creates FILE
 //   unique-counter MUTEX N FILE     N times: under the mutex, read "Unique",
 //                                   add 1, write it back; the numbers go to FILE
+//   unique-tag N FILE               N times AddUniqueTag, as a batch does it
+//                                   under the program's own root key; the
+//                                   "unique" values go to FILE
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -17,6 +20,8 @@
 #include "foundation/settings.h"
 #include "foundation/syncobjects.h"
 #include "foundation/utf.h"
+#include "naming/sourcefacts.h"
+#include "plugins/taglist.h"
 
 namespace {
 
@@ -67,9 +72,24 @@ int SettingsCommand(int argc, char** argv) {
     return 100;
 }
 
+int UniqueTagCommand(char** argv) {
+    int n = std::atoi(argv[2]);
+    std::FILE* out = std::fopen(argv[3], "w");
+    if (out == nullptr) return 102;
+    SetSettingsRoot(clHiveCurrentUser, u"Software\\Harrowmere\\Quillotone");
+    for (int i = 0; i < n; ++i) {
+        clTagList tags;
+        AddUniqueTag(tags);
+        std::fprintf(out, "%s\n", tags.GetTagValue(u"unique").ToUtf8());
+    }
+    std::fclose(out);
+    return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (argc == 4 && std::string(argv[1]) == "unique-tag") return UniqueTagCommand(argv);
     if (argc >= 4) return SettingsCommand(argc, argv);
     if (argc != 3) return 100;
     clString name;
