@@ -17,7 +17,8 @@
 //
 // Every phase that could rebuild what it replaces stops after a bound
 // (clNamingMaxRounds replacements, the text passing clNamingMaxText
-// characters, or clNamingMaxWork characters searched), leaving the text as
+// characters, or clNamingMaxWork characters searched: a rule of a few
+// hundred characters needs some ten thousand), leaving the text as
 // it stands: tags come from the files being converted, and no file may
 // hang a batch. No naming string that ends within the bound is changed.
 #pragma once
@@ -32,7 +33,7 @@ class clTagList;
 
 constexpr int32_t clNamingMaxRounds = 10000;
 constexpr int32_t clNamingMaxText = 65536;
-constexpr int64_t clNamingMaxWork = 100000000;
+constexpr int64_t clNamingMaxWork = 10000000;
 
 // `extrasNames`: the names of the naming extras (their values may make
 // folders, and each is an item of its own), or null.
