@@ -35,7 +35,9 @@
  * - Effects and encoders say in `acceptedTypes` which kinds they take;
  *   the worker converts between the kinds where a link needs it (int to
  *   float exactly; float to int rounded and clipped, never dithered:
- *   dither is an effect's business).
+ *   dither is an effect's business). A stage that takes integers only on
+ *   a float link sets `validBits` on return to the depth it wants the
+ *   worker to round to (24 when it leaves a value outside 8..32).
  * - A block is qv_audio_block: at most 65536 frames, owned by whoever
  *   produced it, valid until that producer's next call on that instance.
  *
@@ -319,8 +321,11 @@ typedef int32_t (*qv_ENC_BeginConversion)(uint64_t instance, qv_encoder_begin_re
 typedef int32_t (*qv_ENC_EndConversion)(uint64_t instance, const qv_encoder_end_record* record);
 typedef int32_t (*qv_ENC_EncodeBlock)(uint64_t instance, const qv_audio_block* block);
 
-/* DSP effect. DSP_Get keys: "TwoPass", "BatchEndConversion" (a
- * qv_batch_end_record), "LastError", "AbiVersion". */
+/* DSP effect. DSP_Get keys: "TwoPass" (answered: the effect wants an
+ * analysis pass), "Tags" (after DSP_EndConversion; answered: `facts`
+ * points at the effect's final tag block, `estimate` is its size, valid
+ * until the next call), "BatchEndConversion" (a qv_batch_end_record),
+ * "LastError", "AbiVersion". */
 typedef uint64_t (*qv_DSP_Create)(const qv_log_record* log);
 typedef void (*qv_DSP_Destroy)(uint64_t instance);
 typedef int32_t (*qv_DSP_Get)(uint64_t instance, const qv_char* key, qv_query_record* record);

@@ -51,4 +51,12 @@ int64_t PlatformFileSizeOf(clFileHandle handle) {
     if (low == INVALID_FILE_SIZE && GetLastError() != 0) return -1;
     return (static_cast<int64_t>(high) << 32) | low;
 }
+clFileHandle PlatformStandardHandle(int which) {
+    HANDLE handle = which == 1   ? GetStdHandle(STD_OUTPUT_HANDLE)
+                    : which == 2 ? GetStdHandle(STD_ERROR_HANDLE)
+                                 : nullptr;
+    return handle == nullptr || handle == INVALID_HANDLE_VALUE ? clInvalidHandle
+                                                               : reinterpret_cast<clFileHandle>(handle);
+}
+
 bool PlatformUsesWindowsPaths() { return true; }

@@ -36,6 +36,10 @@ void PlatformFindClose(clFindHandle handle);
 
 bool PlatformDeleteFile(const char16_t* path);
 bool PlatformMoveFile(const char16_t* from, const char16_t* to);
+// Puts `from` in the place of `to`, replacing a file there in one step, so
+// that a reader sees the old file or the new one, never a part. Across
+// volumes the file is copied beside `to` first and then renamed.
+bool PlatformReplaceFile(const char16_t* from, const char16_t* to);
 bool PlatformCreateDirectory(const char16_t* path);
 bool PlatformRemoveDirectory(const char16_t* path);
 bool PlatformSetFileAttributes(const char16_t* path, uint32_t attributes);

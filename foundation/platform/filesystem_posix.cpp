@@ -149,6 +149,73 @@ bool PlatformMoveFile(const char16_t* from, const char16_t* to) {
     return true;
 }
 
+namespace {
+
+// Copies `from` to the new file `to`, whole or not at all.
+bool CopyWhole(const std::string& from, const std::string& to) {
+    int in = ::open(from.c_str(), O_RDONLY | O_CLOEXEC);
+    if (in < 0) return false;
+    int out = ::open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
+    if (out < 0) {
+        ::close(in);
+        return false;
+    }
+    char buffer[65536];
+    bool ok = true;
+    for (;;) {
+        ssize_t got = ::read(in, buffer, sizeof buffer);
+        if (got == 0) break;
+        if (got < 0) {
+            if (errno == EINTR) continue;
+            ok = false;
+            break;
+        }
+        for (ssize_t done = 0; done < got;) {
+            ssize_t put = ::write(out, buffer + done, static_cast<size_t>(got - done));
+            if (put < 0 && errno == EINTR) continue;
+            if (put <= 0) {
+                ok = false;
+                break;
+            }
+            done += put;
+        }
+        if (!ok) break;
+    }
+    int saved = errno;
+    ::close(in);
+    if (::fsync(out) != 0) ok = false;
+    if (::close(out) != 0) ok = false;
+    if (!ok) {
+        ::unlink(to.c_str());
+        errno = saved != 0 ? saved : EIO;
+    }
+    return ok;
+}
+
+}  // namespace
+
+bool PlatformReplaceFile(const char16_t* from, const char16_t* to) {
+    std::string source = NativePath(from);
+    std::string target = NativePath(to);
+    if (::rename(source.c_str(), target.c_str()) == 0) return true;
+    if (errno != EXDEV) {
+        SetLastErrorFromErrno(errno);
+        return false;
+    }
+    // Another volume: a copy beside the target first, so the target itself
+    // is only ever replaced by a rename.
+    std::string beside = target + ".qvcopy";
+    ::unlink(beside.c_str());
+    if (!CopyWhole(source, beside) || ::rename(beside.c_str(), target.c_str()) != 0) {
+        int saved = errno;
+        ::unlink(beside.c_str());
+        SetLastErrorFromErrno(saved);
+        return false;
+    }
+    ::unlink(source.c_str());
+    return true;
+}
+
 bool PlatformCreateDirectory(const char16_t* path) {
     if (::mkdir(NativePath(path).c_str(), 0777) != 0) {
         SetLastErrorFromErrno(errno == ENOENT ? ENOTDIR : errno);

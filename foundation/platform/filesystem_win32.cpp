@@ -44,6 +44,11 @@ bool PlatformDeleteFile(const char16_t* path) { return DeleteFileW(W(path)) != F
 
 bool PlatformMoveFile(const char16_t* from, const char16_t* to) { return MoveFileW(W(from), W(to)) != FALSE; }
 
+bool PlatformReplaceFile(const char16_t* from, const char16_t* to) {
+    return MoveFileExW(W(from), W(to), MOVEFILE_REPLACE_EXISTING | MOVEFILE_COPY_ALLOWED | MOVEFILE_WRITE_THROUGH) !=
+           FALSE;
+}
+
 bool PlatformCreateDirectory(const char16_t* path) { return CreateDirectoryW(W(path), nullptr) != FALSE; }
 
 bool PlatformRemoveDirectory(const char16_t* path) { return RemoveDirectoryW(W(path)) != FALSE; }

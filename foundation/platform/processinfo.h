@@ -45,3 +45,22 @@ bool PlatformRunProcess(const clString& program, const clStringList& arguments, 
 
 // Sets an environment variable for this process and the ones it starts.
 bool PlatformSetEnvironment(const char16_t* name, const char16_t* value);
+
+// Binds this process to one processor, numbered from 1; false when the
+// system refused (the process then runs wherever it is put).
+bool PlatformSetOwnProcessor(int processor);
+
+// The priority of this process: 0 normal, 1 above normal, 2 below normal,
+// 3 idle. POSIX uses nice values -5, 5 and 19; raising the priority needs
+// rights an ordinary user lacks, and then nothing changes.
+bool PlatformSetOwnPriority(int code);
+
+// From now on a crash of this process (a fatal signal, an unhandled
+// exception, an abort) writes `message` to standard error before the
+// process ends, so that whoever reads that stream sees a failure. The
+// bytes are written as they are and must stay valid; a later call replaces
+// them.
+void PlatformInstallCrashMessage(const void* message, uint32_t bytes);
+// A file the crash handler deletes before the process ends (a half-written
+// output); null for none. Paths longer than 4,000 units are not kept.
+void PlatformSetCrashRemovesFile(const char16_t* path);

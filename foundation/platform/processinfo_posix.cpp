@@ -1,11 +1,15 @@
 #include <fcntl.h>
+#include <sched.h>
+#include <signal.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
+#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
@@ -124,4 +128,63 @@ bool PlatformRunProcess(const clString& program, const clStringList& arguments, 
 
 bool PlatformSetEnvironment(const char16_t* name, const char16_t* value) {
     return ::setenv(NativePath(name).c_str(), NativePath(value).c_str(), 1) == 0;
+}
+
+bool PlatformSetOwnProcessor(int processor) {
+    if (processor < 1 || processor > CPU_SETSIZE) return false;
+    cpu_set_t set;
+    CPU_ZERO(&set);
+    CPU_SET(processor - 1, &set);
+    return ::sched_setaffinity(0, sizeof set, &set) == 0;
+}
+
+bool PlatformSetOwnPriority(int code) {
+    static const int kNice[] = {0, -5, 5, 19};
+    if (code < 0 || code > 3) return false;
+    return ::setpriority(PRIO_PROCESS, 0, kNice[code]) == 0;
+}
+
+namespace {
+
+const void* volatile crashMessage = nullptr;
+volatile uint32_t crashBytes = 0;
+// The file to delete, converted ahead: a signal handler may not convert.
+char crashFile[16384];
+volatile sig_atomic_t crashFileSet = 0;
+
+void OnFatalSignal(int signal) {
+    if (crashFileSet != 0) ::unlink(crashFile);
+    const void* message = crashMessage;
+    if (message != nullptr) {
+        ssize_t ignored = ::write(2, message, crashBytes);
+        (void)ignored;
+    }
+    // The default action then ends the process as the signal would have.
+    ::signal(signal, SIG_DFL);
+    ::raise(signal);
+}
+
+}  // namespace
+
+void PlatformInstallCrashMessage(const void* message, uint32_t bytes) {
+    crashMessage = nullptr;
+    crashBytes = bytes;
+    crashMessage = message;
+    static bool installed = false;
+    if (installed) return;
+    installed = true;
+    struct sigaction action {};
+    action.sa_handler = OnFatalSignal;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = SA_RESETHAND | SA_NODEFER;
+    for (int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGSYS}) ::sigaction(signal, &action, nullptr);
+}
+
+void PlatformSetCrashRemovesFile(const char16_t* path) {
+    crashFileSet = 0;
+    if (path == nullptr) return;
+    std::string native = NativePath(path);
+    if (native.size() >= sizeof crashFile || clTextLength(path) > 4000) return;
+    std::memcpy(crashFile, native.c_str(), native.size() + 1);
+    crashFileSet = 1;
 }

@@ -1,6 +1,8 @@
 #include <objbase.h>
 #include <windows.h>
 
+#include <csignal>
+
 #include "foundation/commandlinetext.h"
 #include "foundation/platform/processinfo.h"
 #include "foundation/stringlist.h"
@@ -99,4 +101,68 @@ bool PlatformRunProcess(const clString& program, const clStringList& arguments, 
 
 bool PlatformSetEnvironment(const char16_t* name, const char16_t* value) {
     return SetEnvironmentVariableW(reinterpret_cast<LPCWSTR>(name), reinterpret_cast<LPCWSTR>(value)) != FALSE;
+}
+
+bool PlatformSetOwnProcessor(int processor) {
+    if (processor < 1 || processor > 64) return false;
+    return SetProcessAffinityMask(GetCurrentProcess(), DWORD_PTR{1} << (processor - 1)) != FALSE;
+}
+
+bool PlatformSetOwnPriority(int code) {
+    static const DWORD kClass[] = {NORMAL_PRIORITY_CLASS, ABOVE_NORMAL_PRIORITY_CLASS, BELOW_NORMAL_PRIORITY_CLASS,
+                                   IDLE_PRIORITY_CLASS};
+    if (code < 0 || code > 3) return false;
+    return SetPriorityClass(GetCurrentProcess(), kClass[code]) != FALSE;
+}
+
+namespace {
+
+const void* volatile crashMessage = nullptr;
+volatile uint32_t crashBytes = 0;
+
+wchar_t crashFile[4001];
+volatile LONG crashFileSet = 0;
+
+void WriteCrashMessage() {
+    // Fails while another module of the process still holds the file open
+    // without sharing its deletion; then it stays, as after a power cut.
+    if (crashFileSet != 0) DeleteFileW(crashFile);
+    const void* message = crashMessage;
+    HANDLE error = GetStdHandle(STD_ERROR_HANDLE);
+    if (message == nullptr || error == nullptr || error == INVALID_HANDLE_VALUE) return;
+    DWORD written = 0;
+    WriteFile(error, message, crashBytes, &written, nullptr);
+}
+
+LONG WINAPI OnUnhandledException(EXCEPTION_POINTERS*) {
+    WriteCrashMessage();
+    return EXCEPTION_EXECUTE_HANDLER;  // the process ends
+}
+
+void OnAbort(int) {
+    WriteCrashMessage();
+    TerminateProcess(GetCurrentProcess(), 3);
+}
+
+}  // namespace
+
+void PlatformInstallCrashMessage(const void* message, uint32_t bytes) {
+    crashMessage = nullptr;
+    crashBytes = bytes;
+    crashMessage = message;
+    static bool installed = false;
+    if (installed) return;
+    installed = true;
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
+    SetUnhandledExceptionFilter(OnUnhandledException);
+    std::signal(SIGABRT, OnAbort);
+}
+
+void PlatformSetCrashRemovesFile(const char16_t* path) {
+    crashFileSet = 0;
+    if (path == nullptr) return;
+    int32_t length = clTextLength(path);
+    if (length > 4000) return;
+    for (int32_t i = 0; i <= length; ++i) crashFile[i] = static_cast<wchar_t>(path[i]);
+    crashFileSet = 1;
 }

@@ -7,10 +7,15 @@
  *                     QV_TEST_NULLTEXT lists ".nul" with a null description
  *   QV_TEST_ENCODER   an encoder writing ".tst" that requires an effect;
  *                     with QV_TEST_NULLTEXT it answers "Extension" with null
- *   QV_TEST_DSP       a tag effect that adds "edited" = its settings
+ *   QV_TEST_DSP       a tag effect that adds "edited" = its settings; with
+ *                     QV_TEST_SLOW an audio effect that passes each block
+ *                     after 20 ms, with QV_TEST_CRASH one that crashes on
+ *                     the first block, with QV_TEST_FAILING one that fails
+ *                     it
  * It sees nothing but the plug-in header. */
 #include <stdlib.h>
 #include <string.h>
+#include <time.h>
 
 #include "plugins/quillotone_plugin.h"
 
@@ -24,6 +29,16 @@ static uint64_t make(const qv_log_record* log) {
     (void)log;
     return (uint64_t)(uintptr_t)calloc(1, sizeof(instance));
 }
+
+#ifdef QV_TEST_SLOW
+/* Standard C only: busy for `ms` of processor time, which here is as
+ * good as wall time. */
+static void pause_ms(int ms) {
+    clock_t end = clock() + (clock_t)ms * CLOCKS_PER_SEC / 1000;
+    while (clock() < end) {
+    }
+}
+#endif
 
 static void destroy(uint64_t handle) { free((void*)(uintptr_t)handle); }
 
@@ -196,6 +211,10 @@ QV_EXPORT const qv_char* DSP_RemoveConfigBit(uint64_t handle, void* parent) {
 /* Appends "edited" = the settings to the tag block it is given. */
 QV_EXPORT int32_t DSP_BeginConversion(uint64_t handle, qv_begin_record* record, const qv_char* settings) {
     instance* self = (instance*)(uintptr_t)handle;
+#if defined(QV_TEST_SLOW) || defined(QV_TEST_CRASH) || defined(QV_TEST_FAILING)
+    (void)self, (void)record, (void)settings;
+    return 1;
+#endif
     uint32_t size = record->tagsSize;
     if (size < 4 || size > 256 || record->tags == NULL) return 0;
     memcpy(self->block, record->tags, size);
@@ -225,6 +244,18 @@ QV_EXPORT int32_t DSP_EndConversion(uint64_t handle) {
 QV_EXPORT int32_t DSP_PassAudioBlock(uint64_t handle, const qv_audio_block* in, qv_audio_block* out) {
     (void)handle;
     if (in == NULL) return 0;
+#ifdef QV_TEST_SLOW
+    pause_ms(20);
+#endif
+#ifdef QV_TEST_CRASH
+    {
+        volatile int* volatile nowhere = NULL;
+        *nowhere = 1;
+    }
+#endif
+#ifdef QV_TEST_FAILING
+    return -1;
+#endif
     *out = *in;
     return 1;
 }
