@@ -22,6 +22,8 @@ private:
 bool WriteBytes(const clString& path, const std::string& bytes);
 // The whole file as bytes; empty if it can't be read.
 std::string ReadBytes(const clString& path);
+// The text of UTF-16LE bytes (an odd last byte is dropped).
+std::u16string FromUtf16Le(const std::string& bytes);
 // UTF-16LE bytes of a UTF-8 literal, without a byte-order mark.
 std::string Utf16Le(const std::u16string& text);
 // A std::u16string of a clString, for readable assertions.

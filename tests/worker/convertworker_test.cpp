@@ -36,15 +36,6 @@ std::string Pcm16(int frames, int channels) {
     return bytes;
 }
 
-std::u16string FromUtf16Le(const std::string& bytes) {
-    std::u16string text;
-    for (size_t i = 0; i + 1 < bytes.size(); i += 2) {
-        text.push_back(static_cast<char16_t>(static_cast<unsigned char>(bytes[i]) |
-                                             (static_cast<unsigned char>(bytes[i + 1]) << 8)));
-    }
-    return text;
-}
-
 struct Outcome {
     int exitCode = -1;
     std::u16string output;  // standard output and error, as one text

@@ -1,0 +1,227 @@
+// What every codec plug-in of this project needs around the plug-in
+// header: files opened by UTF-16 name, text answers that outlive the call,
+// and tag blocks (u32 count; per entry u32 size, name and value as
+// UTF-16LE with NULs, then binary data). Header only, standard C++ only,
+// so that each plug-in stays one library that sees nothing but the ABI.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "plugins/quillotone_plugin.h"
+
+namespace qvc {
+
+inline bool KeyIs(const qv_char* key, const char* name) {
+    if (key == nullptr) return false;
+    size_t i = 0;
+    for (; key[i] != 0 && name[i] != 0; ++i) {
+        if (key[i] != static_cast<unsigned char>(name[i])) return false;
+    }
+    return key[i] == 0 && name[i] == 0;
+}
+
+inline std::u16string FromAscii(const char* text) {
+    std::u16string out;
+    for (; *text != 0; ++text) out.push_back(static_cast<unsigned char>(*text));
+    return out;
+}
+
+inline bool IsUtf8(const std::string& bytes) {
+    for (size_t i = 0; i < bytes.size();) {
+        auto c = static_cast<unsigned char>(bytes[i]);
+        size_t extra = c < 0x80 ? 0 : (c & 0xE0) == 0xC0 ? 1 : (c & 0xF0) == 0xE0 ? 2 : (c & 0xF8) == 0xF0 ? 3 : 9;
+        if (extra == 9 || i + extra >= bytes.size()) return false;
+        for (size_t k = 1; k <= extra; ++k) {
+            if ((static_cast<unsigned char>(bytes[i + k]) & 0xC0) != 0x80) return false;
+        }
+        i += extra + 1;
+    }
+    return true;
+}
+
+// Text bytes of a file format to UTF-16: valid UTF-8 as UTF-8, anything
+// else as Latin-1 (as RIFF INFO texts are commonly written).
+inline std::u16string FromBytes(const std::string& bytes) {
+    std::u16string out;
+    if (!IsUtf8(bytes)) {
+        for (char c : bytes) out.push_back(static_cast<unsigned char>(c));
+        return out;
+    }
+    for (size_t i = 0; i < bytes.size();) {
+        auto c = static_cast<unsigned char>(bytes[i]);
+        uint32_t code = c;
+        size_t extra = 0;
+        if (c >= 0xF0) {
+            code = c & 0x07;
+            extra = 3;
+        } else if (c >= 0xE0) {
+            code = c & 0x0F;
+            extra = 2;
+        } else if (c >= 0xC0) {
+            code = c & 0x1F;
+            extra = 1;
+        }
+        for (size_t k = 1; k <= extra; ++k) code = (code << 6) | (static_cast<unsigned char>(bytes[i + k]) & 0x3F);
+        i += extra + 1;
+        if (code >= 0x10000) {
+            code -= 0x10000;
+            out.push_back(static_cast<char16_t>(0xD800 + (code >> 10)));
+            out.push_back(static_cast<char16_t>(0xDC00 + (code & 0x3FF)));
+        } else {
+            out.push_back(static_cast<char16_t>(code));
+        }
+    }
+    return out;
+}
+
+inline std::string ToUtf8(const std::u16string& text) {
+    std::string out;
+    for (size_t i = 0; i < text.size(); ++i) {
+        uint32_t c = text[i];
+        if (c >= 0xD800 && c < 0xDC00 && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] < 0xE000) {
+            c = 0x10000 + ((c - 0xD800) << 10) + (text[++i] - 0xDC00u);
+        }
+        if (c < 0x80) {
+            out.push_back(static_cast<char>(c));
+        } else if (c < 0x800) {
+            out.push_back(static_cast<char>(0xC0 | (c >> 6)));
+            out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+        } else if (c < 0x10000) {
+            out.push_back(static_cast<char>(0xE0 | (c >> 12)));
+            out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
+            out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+        } else {
+            out.push_back(static_cast<char>(0xF0 | (c >> 18)));
+            out.push_back(static_cast<char>(0x80 | ((c >> 12) & 0x3F)));
+            out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
+            out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+        }
+    }
+    return out;
+}
+
+#ifdef _WIN32
+inline FILE* OpenFile(const qv_char* name, const char* mode) {
+    wchar_t wideMode[4] = {0, 0, 0, 0};
+    for (int i = 0; i < 3 && mode[i] != 0; ++i) wideMode[i] = static_cast<wchar_t>(mode[i]);
+    return _wfopen(reinterpret_cast<const wchar_t*>(name), wideMode);
+}
+inline bool Seek(FILE* file, uint64_t offset) { return _fseeki64(file, static_cast<int64_t>(offset), SEEK_SET) == 0; }
+inline int64_t Tell(FILE* file) { return _ftelli64(file); }
+#else
+inline FILE* OpenFile(const qv_char* name, const char* mode) {
+    return std::fopen(ToUtf8(std::u16string(name)).c_str(), mode);
+}
+inline bool Seek(FILE* file, uint64_t offset) { return fseeko(file, static_cast<off_t>(offset), SEEK_SET) == 0; }
+inline int64_t Tell(FILE* file) { return ftello(file); }
+#endif
+
+// A text answer: kept by the instance until its next call.
+class Answer {
+public:
+    const qv_char* Set(const std::u16string& value) {
+        text = value;
+        return text.c_str();
+    }
+    const qv_char* Set(const char* value) { return Set(FromAscii(value)); }
+    const qv_char* Get() const { return text.c_str(); }
+
+private:
+    std::u16string text;
+};
+
+// The keys every plug-in answers alike: "LastError" (the text of the last
+// failure, if any) and "AbiVersion". -1 for any other key.
+inline int32_t AnswerShared(const qv_char* key, qv_query_record* record, const std::u16string& error,
+                            Answer& errorAnswer) {
+    if (KeyIs(key, "LastError")) {
+        if (error.empty()) return 0;
+        record->text1 = errorAnswer.Set(error);
+        return 1;
+    }
+    if (KeyIs(key, "AbiVersion")) {
+        record->estimate = QV_ABI_VERSION;
+        return 1;
+    }
+    return -1;
+}
+
+struct Tag {
+    std::u16string name;
+    std::u16string value;
+    std::string binary;
+};
+
+inline void PutU32(std::string& out, uint32_t value) {
+    for (int i = 0; i < 4; ++i) out.push_back(static_cast<char>((value >> (8 * i)) & 0xFF));
+}
+
+inline void PutText(std::string& out, const std::u16string& text) {
+    for (char16_t c : text) {
+        out.push_back(static_cast<char>(c & 0xFF));
+        out.push_back(static_cast<char>(c >> 8));
+    }
+    out.push_back(0);
+    out.push_back(0);
+}
+
+inline std::string WriteTagBlock(const std::vector<Tag>& tags) {
+    std::string block;
+    PutU32(block, static_cast<uint32_t>(tags.size()));
+    for (const Tag& tag : tags) {
+        std::string entry;
+        PutText(entry, tag.name);
+        PutText(entry, tag.value);
+        entry += tag.binary;
+        PutU32(block, static_cast<uint32_t>(entry.size() + 4));
+        block += entry;
+    }
+    return block;
+}
+
+// Reads what it can and stops at the first entry that can't be read.
+inline std::vector<Tag> ReadTagBlock(const void* data, size_t size) {
+    std::vector<Tag> tags;
+    const auto* bytes = static_cast<const unsigned char*>(data);
+    if (bytes == nullptr || size < 4) return tags;
+    auto u32 = [bytes](size_t at) {
+        return static_cast<uint32_t>(bytes[at] | (bytes[at + 1] << 8) | (bytes[at + 2] << 16) |
+                                     (static_cast<uint32_t>(bytes[at + 3]) << 24));
+    };
+    uint32_t count = u32(0);
+    size_t at = 4;
+    for (uint32_t n = 0; n < count && at + 4 <= size; ++n) {
+        uint32_t entry = u32(at);
+        if (entry < 8 || entry > size - at) break;
+        size_t end = at + entry;
+        size_t p = at + 4;
+        Tag tag;
+        std::u16string* texts[2] = {&tag.name, &tag.value};
+        bool ok = true;
+        for (std::u16string* text : texts) {
+            for (;;) {
+                if (p + 2 > end) {
+                    ok = false;
+                    break;
+                }
+                auto unit = static_cast<char16_t>(bytes[p] | (bytes[p + 1] << 8));
+                p += 2;
+                if (unit == 0) break;
+                text->push_back(unit);
+            }
+            if (!ok) break;
+        }
+        if (!ok) break;
+        tag.binary.assign(reinterpret_cast<const char*>(bytes + p), end - p);
+        tags.push_back(std::move(tag));
+        at = end;
+    }
+    return tags;
+}
+
+}  // namespace qvc

@@ -1,0 +1,313 @@
+// The "Wave" decoder and encoder through the real ConvertWorker of the
+// build (<build>/bin), on files the tests write: every container and
+// sample layout the decoder reads goes to a WAVE file with the same
+// samples, bit for bit; damaged files fail with a line that says why.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "foundation/findfiles.h"
+#include "foundation/folders.h"
+#include "foundation/pathtext.h"
+#include "foundation/platform/processinfo.h"
+#include "foundation/stringlist.h"
+#include "tests/support/testfolder.h"
+
+namespace {
+
+clString WorkerPath() {
+    clString folder = GetProgramFolder();
+    RemoveBackslashes(folder);
+    clString path = JoinPath(JoinPath(GetFolderPart(folder), clString(u"bin")), clString(u"ConvertWorker"));
+    path.Append(PlatformExecutableSuffix());
+    return path;
+}
+
+void Le(std::string& out, uint64_t value, int bytes) {
+    for (int i = 0; i < bytes; ++i) out.push_back(static_cast<char>((value >> (8 * i)) & 0xFF));
+}
+void Be(std::string& out, uint64_t value, int bytes) {
+    for (int i = bytes - 1; i >= 0; --i) out.push_back(static_cast<char>((value >> (8 * i)) & 0xFF));
+}
+std::string Chunk(const char* id, const std::string& body) {
+    std::string out(id, 4);
+    Le(out, body.size(), 4);
+    out += body;
+    if (body.size() % 2 != 0) out.push_back('\0');
+    return out;
+}
+
+// Samples as bytes: `count` values, `bytes` each, little-endian, in a
+// fixed pseudo-random walk.
+std::string Samples(size_t count, int bytes) {
+    std::string out;
+    uint32_t x = 12345;
+    for (size_t i = 0; i < count * static_cast<size_t>(bytes); ++i) {
+        x = x * 1103515245u + 12345u;
+        out.push_back(static_cast<char>(x >> 16));
+    }
+    return out;
+}
+
+std::string FloatSamples(size_t count) {
+    std::string out;
+    for (size_t i = 0; i < count; ++i) {
+        float f = static_cast<float>((static_cast<int>(i * 7919 % 2001) - 1000) / 1000.0);
+        char b[4];
+        std::memcpy(b, &f, 4);
+        out.append(b, 4);
+    }
+    return out;
+}
+
+std::string FormatBody(uint16_t tag, uint16_t channels, uint32_t rate, uint16_t bytes, uint16_t validBits,
+                       bool extensible, uint32_t mask = 0) {
+    std::string fmt;
+    Le(fmt, extensible ? 0xFFFE : tag, 2);
+    Le(fmt, channels, 2);
+    Le(fmt, rate, 4);
+    Le(fmt, rate * bytes * channels, 4);
+    Le(fmt, bytes * channels, 2);
+    Le(fmt, bytes * 8, 2);
+    if (extensible) {
+        Le(fmt, 22, 2);
+        Le(fmt, validBits, 2);
+        Le(fmt, mask, 4);
+        Le(fmt, tag, 2);
+        fmt += std::string("\x00\x00\x00\x00\x10\x00\x80\x00\x00\xAA\x00\x38\x9B\x71", 14);
+    }
+    return fmt;
+}
+
+std::string Riff(const std::string& fmt, const std::string& data, const std::string& extra = std::string()) {
+    std::string body = "WAVE" + Chunk("fmt ", fmt) + extra + Chunk("data", data);
+    std::string out = "RIFF";
+    Le(out, body.size(), 4);
+    return out + body;
+}
+
+std::string Extended(uint32_t rate) {
+    // 80-bit extended float of an integer rate.
+    int exponent = 31;
+    uint64_t mantissa = rate;
+    while ((mantissa & 0x80000000u) == 0) {
+        mantissa <<= 1;
+        --exponent;
+    }
+    std::string out;
+    Be(out, 16383 + exponent, 2);
+    Be(out, mantissa << 32, 8);
+    return out;
+}
+
+std::string Aiff(uint16_t channels, uint32_t rate, uint16_t bits, const std::string& bigEndianData,
+                 const char* compression = nullptr) {
+    uint32_t frames = static_cast<uint32_t>(bigEndianData.size() / channels / ((bits + 7) / 8));
+    std::string comm;
+    Be(comm, channels, 2);
+    Be(comm, frames, 4);
+    Be(comm, bits, 2);
+    comm += Extended(rate);
+    if (compression != nullptr) comm += std::string(compression, 4) + std::string("\0", 1) + std::string("\0", 1);
+    std::string ssnd(8, '\0');
+    ssnd += bigEndianData;
+    std::string body = std::string(compression != nullptr ? "AIFC" : "AIFF");
+    auto BeChunk = [](const char* id, const std::string& b) {
+        std::string out(id, 4);
+        Be(out, b.size(), 4);
+        out += b;
+        if (b.size() % 2 != 0) out.push_back('\0');
+        return out;
+    };
+    body += BeChunk("COMM", comm) + BeChunk("NAME", "Aiff Song") + BeChunk("SSND", ssnd);
+    std::string out = "FORM";
+    Be(out, body.size(), 4);
+    return out + body;
+}
+
+std::string Swap(const std::string& data, int bytes) {
+    std::string out = data;
+    for (size_t i = 0; i + static_cast<size_t>(bytes) <= out.size(); i += static_cast<size_t>(bytes)) {
+        for (int k = 0; k < bytes / 2; ++k) std::swap(out[i + k], out[i + bytes - 1 - k]);
+    }
+    return out;
+}
+
+// The chunks of a RIFF file, by id.
+std::string FindChunk(const std::string& file, const char* id) {
+    for (size_t at = 12; at + 8 <= file.size();) {
+        uint32_t size = static_cast<unsigned char>(file[at + 4]) | (static_cast<unsigned char>(file[at + 5]) << 8) |
+                        (static_cast<unsigned char>(file[at + 6]) << 16) |
+                        (static_cast<uint32_t>(static_cast<unsigned char>(file[at + 7])) << 24);
+        if (file.compare(at, 4, id) == 0) return file.substr(at + 8, size);
+        at += 8 + size + (size & 1);
+    }
+    return std::string();
+}
+
+class WaveCodec : public ::testing::Test {
+protected:
+    TestFolder dir;
+
+    // Converts `name` (written with `bytes`) to out.wav; the worker's
+    // report lines come back.
+    std::u16string Convert(const char16_t* name, const std::string& bytes, const char16_t* options = u"") {
+        EXPECT_TRUE(WriteBytes(dir.File(name), bytes));
+        std::u16string command = u" -infile=\"" + std::u16string(dir.File(name).text) + u"\" -outfile=\"" +
+                                 std::u16string(dir.File(u"out.wav").text) +
+                                 u"\" -convert_to=\"Wave\" -evtquit=\"\" -evtwatchdog=\"\" -batchid=\"1\" " + options;
+        EXPECT_TRUE(WriteBytes(dir.File(u"cmd"), Utf16Le(command)));
+        clStringList arguments;
+        arguments.Add(clString(u"-qvcmd=", dir.File(u"cmd").text));
+        int exitCode = -1;
+        EXPECT_TRUE(PlatformRunProcess(WorkerPath(), arguments, dir.File(u"log"), &exitCode));
+        return FromUtf16Le(ReadBytes(dir.File(u"log")));
+    }
+    std::string Output() { return ReadBytes(dir.File(u"out.wav")); }
+};
+
+}  // namespace
+
+TEST_F(WaveCodec, EveryIntegerLayoutRoundTripsBitExact) {
+    struct Case {
+        uint16_t channels;
+        uint32_t rate;
+        uint16_t bytes;
+        uint16_t validBits;
+        bool extensible;
+    } cases[] = {{1, 8000, 1, 8, false},   {2, 44100, 2, 16, false}, {2, 48000, 3, 24, false}, {6, 96000, 3, 24, true},
+                 {8, 192000, 4, 32, true}, {3, 44100, 2, 16, true},  {2, 44100, 3, 20, true}};
+    for (const Case& c : cases) {
+        std::string data = Samples(40000u * c.channels, c.bytes);
+        if (c.validBits % 8 != 0) {
+            // The bits below the depth are zero in a valid file.
+            for (size_t i = 0; i < data.size(); i += c.bytes) data[i] = static_cast<char>(data[i] & 0xF0);
+        }
+        std::u16string log = Convert(
+            u"in.wav",
+            Riff(FormatBody(1, c.channels, c.rate, c.bytes, c.validBits, c.extensible, c.extensible ? 0x3F : 0), data));
+        std::string out = Output();
+        EXPECT_EQ(FindChunk(out, "data"), data) << c.channels << " ch " << c.validBits << " bits";
+        std::string fmt = FindChunk(out, "fmt ");
+        ASSERT_GE(fmt.size(), 16u);
+        EXPECT_EQ(static_cast<unsigned char>(fmt[2]), c.channels);
+        EXPECT_NE(log.find(u"PCDone: 100"), std::u16string::npos);
+    }
+}
+
+TEST_F(WaveCodec, FloatWave64Rf64AndAiffVariantsReadTheSameSamples) {
+    std::string floats = FloatSamples(20000);
+    Convert(u"float.wav", Riff(FormatBody(3, 2, 44100, 4, 32, false), floats));
+    EXPECT_EQ(FindChunk(Output(), "data"), floats);
+    EXPECT_EQ(static_cast<unsigned char>(FindChunk(Output(), "fmt ")[0]), 3);
+
+    std::string pcm = Samples(20000, 2);
+    // RF64: sizes in the ds64 chunk, all ones in the RIFF header.
+    std::string ds64;
+    Le(ds64, 0, 8);
+    Le(ds64, pcm.size(), 8);
+    Le(ds64, pcm.size() / 4, 8);
+    Le(ds64, 0, 4);
+    std::string rf64body = "WAVE" + Chunk("ds64", ds64) + Chunk("fmt ", FormatBody(1, 2, 44100, 2, 16, false));
+    rf64body += "data";
+    Le(rf64body, 0xFFFFFFFF, 4);
+    rf64body += pcm;
+    std::string rf64 = "RF64";
+    Le(rf64, 0xFFFFFFFF, 4);
+    Convert(u"big.rf64", rf64 + rf64body);
+    EXPECT_EQ(FindChunk(Output(), "data"), pcm);
+
+    // Wave64: GUID chunk ids, 64-bit sizes, 8-byte alignment.
+    const std::string riffGuid("riff\x2E\x91\xCF\x11\xA5\xD6\x28\xDB\x04\xC1\x00\x00", 16);
+    const std::string waveGuid("wave\xF3\xAC\xD3\x11\x8C\xD1\x00\xC0\x4F\x8E\xDB\x8A", 16);
+    const std::string fmtGuid("fmt \xF3\xAC\xD3\x11\x8C\xD1\x00\xC0\x4F\x8E\xDB\x8A", 16);
+    const std::string dataGuid("data\xF3\xAC\xD3\x11\x8C\xD1\x00\xC0\x4F\x8E\xDB\x8A", 16);
+    std::string fmt = FormatBody(1, 2, 44100, 2, 16, false);
+    std::string w64body = fmtGuid;
+    Le(w64body, 24 + fmt.size(), 8);
+    w64body += fmt;
+    while (w64body.size() % 8 != 0) w64body.push_back('\0');
+    w64body += dataGuid;
+    Le(w64body, 24 + pcm.size(), 8);
+    w64body += pcm;
+    std::string w64 = riffGuid;
+    Le(w64, 40 + w64body.size(), 8);
+    Convert(u"x.w64", w64 + waveGuid + w64body);
+    EXPECT_EQ(FindChunk(Output(), "data"), pcm);
+
+    // AIFF is big-endian; AIFC "sowt" little-endian; "fl32" big-endian float.
+    std::string pcm24 = Samples(30000, 3);
+    Convert(u"x.aiff", Aiff(2, 48000, 24, Swap(pcm24, 3)));
+    EXPECT_EQ(FindChunk(Output(), "data"), pcm24);
+    EXPECT_NE(FindChunk(Output(), "LIST").find("Aiff Song"), std::string::npos);  // NAME became the title
+    Convert(u"x.aifc", Aiff(2, 44100, 16, pcm, "sowt"));
+    EXPECT_EQ(FindChunk(Output(), "data"), pcm);
+    Convert(u"f.aifc", Aiff(2, 44100, 32, Swap(floats, 4), "fl32"));
+    EXPECT_EQ(FindChunk(Output(), "data"), floats);
+    // 8-bit AIFF is signed, 8-bit WAVE unsigned.
+    std::string signed8 = Samples(1000, 1);
+    std::string unsigned8 = signed8;
+    for (char& b : unsigned8) b = static_cast<char>(b ^ 0x80);
+    Convert(u"x8.aif", Aiff(1, 22050, 8, signed8));
+    EXPECT_EQ(FindChunk(Output(), "data"), unsigned8);
+}
+
+TEST_F(WaveCodec, TagsAndADepthOptionReachTheOutput) {
+    std::string info = "INFO";
+    info += Chunk("INAM", std::string("Caf\xC3\xA9\0", 6));
+    info += Chunk("IART", std::string("Band\0", 5));
+    std::string data = Samples(10000, 3);
+    Convert(u"tagged.wav", Riff(FormatBody(1, 2, 44100, 3, 24, false), data, Chunk("LIST", info)), u"-bits=\"16\"");
+    std::string out = Output();
+    std::string list = FindChunk(out, "LIST");
+    EXPECT_NE(list.find("Caf\xC3\xA9"), std::string::npos);
+    EXPECT_NE(list.find("Band"), std::string::npos);
+    std::string written = FindChunk(out, "data");
+    ASSERT_EQ(written.size(), data.size() / 3 * 2);
+    // 24 to 16 bits: rounded to the nearest step, saturating at the top.
+    for (size_t i = 0; i < 100; ++i) {
+        int32_t in = static_cast<int32_t>((static_cast<uint32_t>(static_cast<unsigned char>(data[3 * i])) << 8) |
+                                          (static_cast<uint32_t>(static_cast<unsigned char>(data[3 * i + 1])) << 16) |
+                                          (static_cast<uint32_t>(static_cast<unsigned char>(data[3 * i + 2])) << 24));
+        int64_t rounded = (static_cast<int64_t>(in) + (1 << 15)) >> 16;
+        if (rounded > 32767) rounded = 32767;
+        auto got = static_cast<int16_t>(static_cast<unsigned char>(written[2 * i]) |
+                                        (static_cast<unsigned char>(written[2 * i + 1]) << 8));
+        ASSERT_EQ(got, rounded) << i;
+    }
+}
+
+TEST_F(WaveCodec, DamagedFilesFailWithTheirReasonAndNoOutput) {
+    std::string good = Riff(FormatBody(1, 2, 44100, 2, 16, false), Samples(20000, 2));
+    struct Case {
+        const char16_t* name;
+        std::string bytes;
+        const char16_t* reason;
+    } cases[] = {
+        {u"empty.wav", std::string(), u"the file is too short"},
+        {u"text.wav", std::string(200, 'x'), u"is not a WAVE, Wave64 or AIFF file"},
+        {u"cut.wav", good.substr(0, good.size() / 2), u"the file ends before its audio does"},
+        {u"nofmt.wav", std::string("RIFF\x10\0\0\0WAVEdata\x04\0\0\0abcd", 24), u"the file has no format chunk"},
+        {u"mp3.wav", Riff(FormatBody(0x55, 2, 44100, 1, 0, false), Samples(100, 1)), u"the audio is compressed"},
+    };
+    for (const Case& c : cases) {
+        std::u16string log = Convert(c.name, c.bytes);
+        EXPECT_NE(log.find(c.reason), std::u16string::npos) << std::string(log.begin(), log.end());
+        EXPECT_NE(log.find(std::u16string(dir.File(c.name).text)), std::u16string::npos);
+        EXPECT_TRUE(Output().empty());
+    }
+    // A size of all ones is a writer that could not go back: the audio runs
+    // to the end of the file. Any other size beyond it is a cut file.
+    std::string pcm = Samples(1000, 2);
+    std::string open = Riff(FormatBody(1, 2, 44100, 2, 16, false), pcm);
+    open.replace(open.size() - pcm.size() - 4, 4, "\xFF\xFF\xFF\xFF");
+    Convert(u"stream.wav", open);
+    EXPECT_EQ(FindChunk(Output(), "data"), pcm);
+    std::string huge = Riff(FormatBody(1, 2, 44100, 2, 16, false), pcm);
+    huge.replace(huge.size() - pcm.size() - 4, 4, "\xF0\xFF\xFF\xFF");
+    ASSERT_TRUE(WriteBytes(dir.File(u"out.wav"), ""));
+    std::u16string log = Convert(u"huge.wav", huge);
+    EXPECT_NE(log.find(u"the file ends before its audio does"), std::u16string::npos);
+}
