@@ -5,8 +5,11 @@
 // so that each plug-in stays one library that sees nothing but the ABI.
 #pragma once
 
+#include <algorithm>
+#include <climits>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <utility>
@@ -150,6 +153,119 @@ inline int32_t AnswerShared(const qv_char* key, qv_query_record* record, const s
     }
     return -1;
 }
+
+// The value of `-key="value"` (or -key=value) in an option string; empty
+// when absent.
+inline std::u16string Option(const std::u16string& options, const std::u16string& key) {
+    std::u16string find = u"-" + key + u"=";
+    size_t at = options.find(find);
+    if (at == std::u16string::npos) return std::u16string();
+    at += find.size();
+    if (at < options.size() && options[at] == u'"') {
+        size_t end = options.find(u'"', at + 1);
+        return options.substr(at + 1, end == std::u16string::npos ? std::u16string::npos : end - at - 1);
+    }
+    size_t end = options.find(u' ', at);
+    return options.substr(at, end == std::u16string::npos ? std::u16string::npos : end - at);
+}
+
+// How an uncompressed encoder writes its samples: the stream's own kind
+// and depth (whole bytes), or what `-bits="8|16|24|32|float"` asks for.
+struct SampleLayout {
+    bool isFloat = false;
+    uint16_t bits = 16;        // significant bits written
+    uint16_t bytes = 2;        // bytes per sample written
+    uint16_t streamBits = 16;  // of integer audio coming in
+};
+
+inline const char* ChooseLayout(const qv_encoder_begin_record& record, SampleLayout& layout) {
+    const qv_audio_format& format = *record.format;
+    layout.streamBits = format.sampleType == QV_SAMPLES_INT32 ? format.validBits : 32;
+    std::u16string wanted = Option(record.optionString != nullptr ? record.optionString : u"", u"bits");
+    if (wanted.empty()) {
+        layout.isFloat = format.sampleType == QV_SAMPLES_FLOAT32;
+        layout.bits = layout.isFloat ? 32 : std::clamp<uint16_t>(format.validBits, 8, 32);
+    } else if (wanted == u"float") {
+        layout.isFloat = true;
+        layout.bits = 32;
+    } else {
+        layout.isFloat = false;
+        int value = std::atoi(ToUtf8(wanted).c_str());
+        if (value != 8 && value != 16 && value != 24 && value != 32) return "-bits takes 8, 16, 24, 32 or float";
+        layout.bits = static_cast<uint16_t>(value);
+    }
+    layout.bytes = static_cast<uint16_t>((layout.bits + 7) / 8);
+    return nullptr;
+}
+
+// Packs a block's samples into `out`: float as 32-bit IEEE, integers in
+// `layout.bytes` bytes, rounded to the nearest step when that is fewer bits
+// than the stream has. `unsigned8`: 8-bit data is stored offset (WAVE).
+inline void PackSamples(const void* samples, size_t count, const SampleLayout& layout, bool bigEndian, bool unsigned8,
+                        std::string& out) {
+    const int bytes = layout.isFloat ? 4 : layout.bytes;
+    out.resize(count * static_cast<size_t>(bytes));
+    char* p = out.data();
+    const auto* in = static_cast<const uint32_t*>(samples);  // float bits or integers alike
+    const int64_t half =
+        !layout.isFloat && layout.streamBits > bytes * 8 && bytes < 4 ? int64_t{1} << (31 - bytes * 8) : 0;
+    for (size_t i = 0; i < count; ++i) {
+        uint32_t u = in[i];
+        if (!layout.isFloat) {
+            int64_t rounded = std::min<int64_t>(int64_t{static_cast<int32_t>(u)} + half, INT32_MAX);
+            u = static_cast<uint32_t>(static_cast<int32_t>(rounded));
+            if (bytes == 1 && unsigned8) u ^= 0x80000000u;
+        }
+        for (int k = 0; k < bytes; ++k) {
+            int shift = bigEndian ? 8 * (3 - k) : 8 * (4 - bytes + k);
+            *p++ = static_cast<char>((u >> shift) & 0xFF);
+        }
+    }
+}
+
+// What the uncompressed encoders share: the open output, the layout, the
+// texts they answer with, and the writing of audio blocks.
+struct UncompressedWriter {
+    FILE* file = nullptr;
+    SampleLayout layout;
+    uint16_t channels = 0;
+    uint32_t rate = 0;
+    uint64_t dataBytes = 0;
+    std::string buffer;
+    Answer text1;
+    Answer page;  // the option string a settings page was shown with
+    std::u16string error;
+    Answer errorAnswer;
+
+    bool Fail(const char* why) {
+        error = FromAscii(why);
+        if (file != nullptr) std::fclose(file);
+        file = nullptr;
+        return false;
+    }
+    bool Write(const std::string& data) { return std::fwrite(data.data(), 1, data.size(), file) == data.size(); }
+    bool WriteBlock(const qv_audio_block& block, bool bigEndian, bool unsigned8) {
+        PackSamples(block.samples, static_cast<size_t>(block.frames) * channels, layout, bigEndian, unsigned8, buffer);
+        if (!Write(buffer)) return Fail("the output file can't be written (is the disk full?)");
+        dataBytes += buffer.size();
+        return true;
+    }
+    // True when the conversion was aborted and the file is closed as it is
+    // (the worker deletes it).
+    bool Aborted(const qv_encoder_end_record& record) {
+        if (record.aborted == 0) return false;
+        if (file != nullptr) std::fclose(file);
+        file = nullptr;
+        return true;
+    }
+    // Flushes and closes; false (with the reason kept) on failure.
+    bool Finish(bool ok) {
+        if (std::fflush(file) != 0) ok = false;
+        if (std::fclose(file) != 0) ok = false;
+        file = nullptr;
+        return ok || Fail("the output file can't be finished (is the disk full?)");
+    }
+};
 
 struct Tag {
     std::u16string name;

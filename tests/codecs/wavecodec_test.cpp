@@ -155,9 +155,13 @@ protected:
     // report lines come back.
     std::u16string Convert(const char16_t* name, const std::string& bytes, const char16_t* options = u"") {
         EXPECT_TRUE(WriteBytes(dir.File(name), bytes));
+        return ConvertFile(name, u"out.wav", u"Wave", options);
+    }
+    std::u16string ConvertFile(const char16_t* name, const char16_t* output, const char16_t* encoder,
+                               const char16_t* options = u"") {
         std::u16string command = u" -infile=\"" + std::u16string(dir.File(name).text) + u"\" -outfile=\"" +
-                                 std::u16string(dir.File(u"out.wav").text) +
-                                 u"\" -convert_to=\"Wave\" -evtquit=\"\" -evtwatchdog=\"\" -batchid=\"1\" " + options;
+                                 std::u16string(dir.File(output).text) + u"\" -convert_to=\"" + encoder +
+                                 u"\" -evtquit=\"\" -evtwatchdog=\"\" -batchid=\"1\" " + options;
         EXPECT_TRUE(WriteBytes(dir.File(u"cmd"), Utf16Le(command)));
         clStringList arguments;
         arguments.Add(clString(u"-qvcmd=", dir.File(u"cmd").text));
@@ -252,6 +256,34 @@ TEST_F(WaveCodec, FloatWave64Rf64AndAiffVariantsReadTheSameSamples) {
     for (char& b : unsigned8) b = static_cast<char>(b ^ 0x80);
     Convert(u"x8.aif", Aiff(1, 22050, 8, signed8));
     EXPECT_EQ(FindChunk(Output(), "data"), unsigned8);
+}
+
+// WAVE to AIFF and back gives the same samples and keeps the texts AIFF
+// has room for.
+TEST_F(WaveCodec, AiffEncoderRoundTripsEveryDepthAndFloat) {
+    std::string info = "INFO";
+    info += Chunk("INAM", std::string("Title \xC3\xA9\0", 9));
+    info += Chunk("IART", std::string("Artist\0", 7));
+    for (uint16_t bytes : {1, 2, 3, 4}) {
+        std::string data = Samples(30000u * 2, bytes);
+        ASSERT_TRUE(WriteBytes(dir.File(u"in.wav"),
+                               Riff(FormatBody(1, 2, 44100, bytes, bytes * 8, bytes > 2), data, Chunk("LIST", info))));
+        ConvertFile(u"in.wav", u"mid.aiff", u"AIFF");
+        std::string aiff = ReadBytes(dir.File(u"mid.aiff"));
+        ASSERT_EQ(aiff.compare(0, 4, "FORM"), 0);
+        EXPECT_NE(aiff.find("NAME"), std::string::npos);
+        ConvertFile(u"mid.aiff", u"out.wav", u"Wave");
+        std::string out = Output();
+        EXPECT_EQ(FindChunk(out, "data"), data) << bytes << " bytes";
+        EXPECT_NE(FindChunk(out, "LIST").find("Title \xC3\xA9"), std::string::npos);
+        EXPECT_NE(FindChunk(out, "LIST").find("Artist"), std::string::npos);
+    }
+    std::string floats = FloatSamples(20000);
+    ASSERT_TRUE(WriteBytes(dir.File(u"f.wav"), Riff(FormatBody(3, 2, 96000, 4, 32, false), floats)));
+    ConvertFile(u"f.wav", u"f.aifc", u"AIFF");
+    EXPECT_EQ(ReadBytes(dir.File(u"f.aifc")).compare(8, 4, "AIFC"), 0);
+    ConvertFile(u"f.aifc", u"out.wav", u"Wave");
+    EXPECT_EQ(FindChunk(Output(), "data"), floats);
 }
 
 TEST_F(WaveCodec, TagsAndADepthOptionReachTheOutput) {

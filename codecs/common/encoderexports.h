@@ -1,0 +1,79 @@
+// The exports of an uncompressed encoder, the same for "Wave" and "AIFF".
+// Included once, at the end of the encoder's source, after it has defined
+// in its anonymous namespace:
+//   struct Encoder  with Begin, Encode and End, `file`, `layout`, `text1`,
+//                   `page`, `error` and `errorAnswer`
+//   kExtension      the extension its files get
+//   kHeaderBytes    the bytes of a file around its audio, for estimates
+#pragma once
+
+#include <new>
+
+#include "codecs/common/codecsupport.h"
+
+namespace {
+
+Encoder* Self(uint64_t handle) { return reinterpret_cast<Encoder*>(static_cast<uintptr_t>(handle)); }
+
+}  // namespace
+
+extern "C" {
+
+QV_EXPORT uint64_t ENC_Create(const qv_log_record*) {
+    return static_cast<uint64_t>(reinterpret_cast<uintptr_t>(new (std::nothrow) Encoder()));
+}
+
+QV_EXPORT void ENC_Destroy(uint64_t handle) {
+    Encoder* self = Self(handle);
+    if (self->file != nullptr) std::fclose(self->file);
+    delete self;
+}
+
+QV_EXPORT int32_t ENC_Get(uint64_t handle, const qv_char* key, qv_query_record* record) {
+    Encoder* self = Self(handle);
+    if (qvc::KeyIs(key, "Extension")) {
+        record->text1 = self->text1.Set(kExtension);
+        return 1;
+    }
+    if (qvc::KeyIs(key, "IsLossless")) {
+        record->estimate = 1;
+        return 1;
+    }
+    if (qvc::KeyIs(key, "GetEstimatedFileSize")) {
+        const auto* facts = static_cast<const qv_stream_facts*>(record->facts);
+        uint64_t perSecond = facts != nullptr ? facts->bytesPerSecond : 0;
+        record->estimate = record->lengthMs * perSecond / 1000 + kHeaderBytes;
+        return 1;
+    }
+    int32_t shared = qvc::AnswerShared(key, record, self->error, self->errorAnswer);
+    return shared < 0 ? 0 : shared;
+}
+
+QV_EXPORT int32_t ENC_Set(uint64_t, const qv_char*, qv_query_record*) { return 0; }
+
+// No settings page until the window toolkit exists: the option string
+// given is the one handed back.
+QV_EXPORT void* ENC_ShowConfigBit(uint64_t handle, void*, int32_t, int32_t, const qv_char* options) {
+    Self(handle)->page.Set(options != nullptr ? std::u16string(options) : std::u16string());
+    return nullptr;
+}
+
+QV_EXPORT const qv_char* ENC_RemoveConfigBit(uint64_t handle, void*) { return Self(handle)->page.Get(); }
+
+QV_EXPORT int32_t ENC_BeginConversion(uint64_t handle, qv_encoder_begin_record* record) {
+    Encoder* self = Self(handle);
+    if (!self->Begin(*record)) return 0;
+    record->format->acceptedTypes = self->layout.isFloat ? QV_SAMPLES_FLOAT32 : QV_SAMPLES_INT32;
+    if (!self->layout.isFloat) record->format->validBits = self->layout.bits;
+    return 1;
+}
+
+QV_EXPORT int32_t ENC_EncodeBlock(uint64_t handle, const qv_audio_block* block) {
+    return Self(handle)->Encode(*block) ? 1 : 0;
+}
+
+QV_EXPORT int32_t ENC_EndConversion(uint64_t handle, const qv_encoder_end_record* record) {
+    return Self(handle)->End(*record) ? 1 : 0;
+}
+
+}  // extern "C"
