@@ -59,7 +59,8 @@ bool PlatformSetOwnPriority(int code);
 // exception, an abort) writes `message` to standard error before the
 // process ends, so that whoever reads that stream sees a failure. The
 // bytes are written as they are and must stay valid; a later call replaces
-// them.
+// them. On POSIX a file-size limit and a closed pipe then fail the write
+// instead of ending the process.
 void PlatformInstallCrashMessage(const void* message, uint32_t bytes);
 // A file the crash handler deletes before the process ends (a half-written
 // output); null for none. Paths longer than 4,000 units are not kept.

@@ -178,6 +178,10 @@ void PlatformInstallCrashMessage(const void* message, uint32_t bytes) {
     sigemptyset(&action.sa_mask);
     action.sa_flags = SA_RESETHAND | SA_NODEFER;
     for (int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGSYS}) ::sigaction(signal, &action, nullptr);
+    // A file-size limit or a closed pipe is a failed write to report, not
+    // a silent death.
+    ::signal(SIGXFSZ, SIG_IGN);
+    ::signal(SIGPIPE, SIG_IGN);
 }
 
 void PlatformSetCrashRemovesFile(const char16_t* path) {

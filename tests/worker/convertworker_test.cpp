@@ -14,6 +14,7 @@
 #include "foundation/platform/processinfo.h"
 #include "foundation/stringlist.h"
 #include "foundation/syncobjects.h"
+#include "foundation/utf.h"
 #include "tests/support/testfolder.h"
 
 namespace {
@@ -132,6 +133,42 @@ TEST_F(Worker, FailuresAreNamedAndLeaveNothingBehind) {
     if (!PlatformUsesWindowsPaths()) {
         EXPECT_EQ(FilesBesides(), 0);
     }
+}
+
+TEST_F(Worker, AnOutputFolderThatCantBeWrittenIsNamed) {
+    ASSERT_TRUE(WriteBytes(clString(source.c_str()), Pcm16(1000, 2)));
+    target = dir.File(u"missing folder").text;
+    target += NativePathSyntax().separator;
+    target += u"out.raw16";
+    Outcome outcome = Run(Options());
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_TRUE(outcome.Says(u"Unable to create output file '" + target + u"': the folder can't be written\r\n"));
+}
+
+// A disk that fills up half way (a file-size limit stands in for it): the
+// write fails with a line, and neither the output nor a temporary remains.
+TEST_F(Worker, AFullDiskFailsTheJobAndLeavesTheOldOutput) {
+    if (PlatformUsesWindowsPaths()) GTEST_SKIP() << "a file-size limit needs a POSIX shell";
+    ASSERT_TRUE(WriteBytes(clString(source.c_str()), Pcm16(200000, 2)));
+    ASSERT_TRUE(WriteBytes(clString(target.c_str()), "old output"));
+    clString commandFile = dir.File(u"QvT.tmp");
+    ASSERT_TRUE(WriteBytes(commandFile, Utf16Le(Options())));
+    clString worker(WorkerPath());
+    std::string script = "ulimit -f 200; exec \"" + std::string(worker.ToUtf8()) + "\" -qvcmd=\"" +
+                         std::string(commandFile.ToUtf8()) + "\"";
+    clStringList arguments;
+    arguments.Add(u"-c");
+    clString scriptText;
+    Utf8ToString(script.c_str(), static_cast<int64_t>(script.size()), scriptText);
+    arguments.Add(scriptText);
+    int exitCode = -1;
+    ASSERT_TRUE(PlatformRunProcess(clString(u"/bin/sh"), arguments, dir.File(u"worker.log"), &exitCode));
+    std::u16string log = FromUtf16Le(ReadBytes(dir.File(u"worker.log")));
+    EXPECT_EQ(exitCode, 1);
+    EXPECT_NE(log.find(u"Error encoding '" + target + u"'"), std::u16string::npos)
+        << std::string(log.begin(), log.end());
+    EXPECT_EQ(ReadBytes(clString(target.c_str())), "old output");
+    EXPECT_EQ(FilesBesides(), 0);
 }
 
 TEST_F(Worker, CancelStopsWithinAFractionOfASecondAndLeavesNothing) {
