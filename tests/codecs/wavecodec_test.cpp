@@ -13,6 +13,7 @@
 #include "foundation/pathtext.h"
 #include "foundation/platform/processinfo.h"
 #include "foundation/stringlist.h"
+#include "tests/codecs/wavefiles.h"
 #include "tests/support/testfolder.h"
 
 namespace {
@@ -23,20 +24,6 @@ clString WorkerPath() {
     clString path = JoinPath(JoinPath(GetFolderPart(folder), clString(u"bin")), clString(u"ConvertWorker"));
     path.Append(PlatformExecutableSuffix());
     return path;
-}
-
-void Le(std::string& out, uint64_t value, int bytes) {
-    for (int i = 0; i < bytes; ++i) out.push_back(static_cast<char>((value >> (8 * i)) & 0xFF));
-}
-void Be(std::string& out, uint64_t value, int bytes) {
-    for (int i = bytes - 1; i >= 0; --i) out.push_back(static_cast<char>((value >> (8 * i)) & 0xFF));
-}
-std::string Chunk(const char* id, const std::string& body) {
-    std::string out(id, 4);
-    Le(out, body.size(), 4);
-    out += body;
-    if (body.size() % 2 != 0) out.push_back('\0');
-    return out;
 }
 
 // Samples as bytes: `count` values, `bytes` each, little-endian, in a
@@ -60,32 +47,6 @@ std::string FloatSamples(size_t count) {
         out.append(b, 4);
     }
     return out;
-}
-
-std::string FormatBody(uint16_t tag, uint16_t channels, uint32_t rate, uint16_t bytes, uint16_t validBits,
-                       bool extensible, uint32_t mask = 0) {
-    std::string fmt;
-    Le(fmt, extensible ? 0xFFFE : tag, 2);
-    Le(fmt, channels, 2);
-    Le(fmt, rate, 4);
-    Le(fmt, rate * bytes * channels, 4);
-    Le(fmt, bytes * channels, 2);
-    Le(fmt, bytes * 8, 2);
-    if (extensible) {
-        Le(fmt, 22, 2);
-        Le(fmt, validBits, 2);
-        Le(fmt, mask, 4);
-        Le(fmt, tag, 2);
-        fmt += std::string("\x00\x00\x00\x00\x10\x00\x80\x00\x00\xAA\x00\x38\x9B\x71", 14);
-    }
-    return fmt;
-}
-
-std::string Riff(const std::string& fmt, const std::string& data, const std::string& extra = std::string()) {
-    std::string body = "WAVE" + Chunk("fmt ", fmt) + extra + Chunk("data", data);
-    std::string out = "RIFF";
-    Le(out, body.size(), 4);
-    return out + body;
 }
 
 std::string Extended(uint32_t rate) {
@@ -133,18 +94,6 @@ std::string Swap(const std::string& data, int bytes) {
         for (int k = 0; k < bytes / 2; ++k) std::swap(out[i + k], out[i + bytes - 1 - k]);
     }
     return out;
-}
-
-// The chunks of a RIFF file, by id.
-std::string FindChunk(const std::string& file, const char* id) {
-    for (size_t at = 12; at + 8 <= file.size();) {
-        uint32_t size = static_cast<unsigned char>(file[at + 4]) | (static_cast<unsigned char>(file[at + 5]) << 8) |
-                        (static_cast<unsigned char>(file[at + 6]) << 16) |
-                        (static_cast<uint32_t>(static_cast<unsigned char>(file[at + 7])) << 24);
-        if (file.compare(at, 4, id) == 0) return file.substr(at + 8, size);
-        at += 8 + size + (size & 1);
-    }
-    return std::string();
 }
 
 class WaveCodec : public ::testing::Test {

@@ -1,6 +1,7 @@
-// The "Wave" decoder's open and decode path over any bytes: through the
-// real library (<build>/bin/decoder), from a file, as the worker drives it.
-// It must answer or fail, never crash, and keep its blocks within bounds.
+// A decoder's open and decode path over any bytes: through its real
+// library (QV_FUZZ_DECODER, in <build>/bin/decoder), from a file, as the
+// worker drives it. It must answer or fail, never crash, and keep its
+// blocks within bounds. Built once per decoder.
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -21,13 +22,13 @@ std::string fileUtf8;
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     clString library;
-    library.AssignAnsi(QV_WAVE_DECODER);
+    library.AssignAnsi(QV_FUZZ_DECODER);
     if (!decoder.Bind(library.text)) {
-        std::fprintf(stderr, "can't load %s\n", QV_WAVE_DECODER);
+        std::fprintf(stderr, "can't load %s\n", QV_FUZZ_DECODER);
         std::abort();
     }
     file = GetTempFolder();
-    file.Append(clString::Formatted(u"qvfuzz-wave-%s.wav", GetProcessGuidText().text));
+    file.Append(clString::Formatted(u"qvfuzz-decoder-%s" QV_FUZZ_EXTENSION, GetProcessGuidText().text));
     fileUtf8 = file.ToUtf8();
     return 0;
 }

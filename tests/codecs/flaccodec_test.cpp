@@ -1,0 +1,138 @@
+// The "FLAC" decoder against the reference tool: files made by `flac` from
+// test WAVE files decode through the real ConvertWorker to exactly the
+// samples `flac -d` gives, with their tags; damaged files fail.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "foundation/folders.h"
+#include "foundation/pathtext.h"
+#include "foundation/platform/processinfo.h"
+#include "foundation/stringlist.h"
+#include "tests/codecs/wavefiles.h"
+#include "tests/support/testfolder.h"
+
+namespace {
+
+clString BinPath(const char16_t* name) {
+    clString folder = GetProgramFolder();
+    RemoveBackslashes(folder);
+    clString path = JoinPath(JoinPath(GetFolderPart(folder), clString(u"bin")), clString(name));
+    path.Append(PlatformExecutableSuffix());
+    return path;
+}
+
+std::string Wave(uint16_t channels, uint32_t rate, uint16_t bits, const std::string& data) {
+    // The usual speaker layouts, as the reference encoder wants them.
+    static const uint32_t kMasks[9] = {0, 0x4, 0x3, 0x7, 0x33, 0x37, 0x3F, 0x13F, 0x63F};
+    bool extensible = channels > 2 || bits > 16;
+    return Riff(FormatBody(1, channels, rate, static_cast<uint16_t>((bits + 7) / 8), bits, extensible,
+                           extensible ? kMasks[channels] : 0),
+                data);
+}
+
+// Samples of `bits` in `bytes`-byte containers, low bits zero.
+std::string Samples(size_t count, int bits) {
+    int bytes = (bits + 7) / 8;
+    std::string out;
+    uint32_t x = 99;
+    for (size_t i = 0; i < count; ++i) {
+        x = x * 1664525u + 1013904223u;
+        uint32_t v = x & (bits >= 32 ? 0xFFFFFFFFu : ((1u << bits) - 1));
+        v <<= bytes * 8 - bits;
+        Le(out, v, bytes);
+    }
+    return out;
+}
+
+class FlacCodec : public ::testing::Test {
+protected:
+    TestFolder dir;
+
+    int Tool(const char16_t* program, std::initializer_list<clString> words) {
+        clStringList arguments;
+        for (const clString& word : words) arguments.Add(word);
+        int exitCode = -1;
+        EXPECT_TRUE(PlatformRunProcess(clString(program), arguments, dir.File(u"tool.log"), &exitCode));
+        EXPECT_EQ(exitCode, 0) << ReadBytes(dir.File(u"tool.log"));
+        return exitCode;
+    }
+    std::u16string Convert(const char16_t* from, const char16_t* to, const char16_t* encoder) {
+        std::u16string command = u" -infile=\"" + std::u16string(dir.File(from).text) + u"\" -outfile=\"" +
+                                 std::u16string(dir.File(to).text) + u"\" -convert_to=\"" + encoder +
+                                 u"\" -evtquit=\"\" -evtwatchdog=\"\" -batchid=\"1\" ";
+        EXPECT_TRUE(WriteBytes(dir.File(u"cmd"), Utf16Le(command)));
+        clStringList arguments;
+        arguments.Add(clString(u"-qvcmd=", dir.File(u"cmd").text));
+        int exitCode = -1;
+        EXPECT_TRUE(PlatformRunProcess(BinPath(u"ConvertWorker"), arguments, dir.File(u"log"), &exitCode));
+        return FromUtf16Le(ReadBytes(dir.File(u"log")));
+    }
+};
+
+}  // namespace
+
+TEST_F(FlacCodec, DecodesWhatTheReferenceEncoderMadeBitExact) {
+    struct Case {
+        uint16_t channels;
+        uint32_t rate;
+        uint16_t bits;
+    } cases[] = {{1, 8000, 8}, {2, 44100, 16}, {2, 96000, 24}, {6, 48000, 24}, {8, 192000, 16}, {2, 44100, 32}};
+    for (const Case& c : cases) {
+        std::string data = Samples(30000u * c.channels, c.bits);
+        ASSERT_TRUE(WriteBytes(dir.File(u"in.wav"), Wave(c.channels, c.rate, c.bits, data)));
+        ASSERT_EQ(Tool(u"/usr/bin/flac",
+                       {clString(u"-s"), clString(u"-f"), clString(u"-o"), dir.File(u"in.flac"), dir.File(u"in.wav")}),
+                  0)
+            << c.bits << " bits";
+        std::u16string log = Convert(u"in.flac", u"out.wav", u"Wave");
+        EXPECT_EQ(FindChunk(ReadBytes(dir.File(u"out.wav")), "data"), data)
+            << c.channels << " ch " << c.bits << " bits: " << std::string(log.begin(), log.end());
+    }
+}
+
+TEST_F(FlacCodec, TagsComeThroughAndAPictureDoesNoHarm) {
+    std::string data = Samples(20000, 16);
+    ASSERT_TRUE(WriteBytes(dir.File(u"in.wav"), Wave(2, 44100, 16, data)));
+    // A tiny PNG-like picture; the decoder passes its bytes as they are.
+    ASSERT_TRUE(WriteBytes(dir.File(u"cover.png"), std::string("\x89PNG\r\n\x1a\n", 8) + std::string(300, 'p')));
+    ASSERT_EQ(Tool(u"/usr/bin/flac",
+                   {clString(u"-s"), clString(u"-f"), clString(u"-T"), clString(u"TITLE=Caf\u00e9"), clString(u"-T"),
+                    clString(u"ARTIST=One"), clString(u"-T"), clString(u"ARTIST=Two"), clString(u"-T"),
+                    clString(u"TRACKNUMBER=3"), clString(u"-T"), clString(u"TRACKTOTAL=12"), clString(u"--picture"),
+                    clString(u"3|image/png|front|16x16x24|", dir.File(u"cover.png").text), clString(u"-o"),
+                    dir.File(u"in.flac"), dir.File(u"in.wav")}),
+              0);
+    Convert(u"in.flac", u"out.wav", u"Wave");
+    std::string out = ReadBytes(dir.File(u"out.wav"));
+    EXPECT_EQ(FindChunk(out, "data"), data);
+    // The Wave encoder keeps the first value of a tag; "3/12" is the track.
+    EXPECT_NE(out.find("Caf\xC3\xA9"), std::string::npos);
+    EXPECT_NE(out.find("One"), std::string::npos);
+    EXPECT_NE(out.find("3/12"), std::string::npos);
+}
+
+TEST_F(FlacCodec, DamagedFilesFail) {
+    std::string data = Samples(200000, 16);
+    ASSERT_TRUE(WriteBytes(dir.File(u"in.wav"), Wave(2, 44100, 16, data)));
+    ASSERT_EQ(Tool(u"/usr/bin/flac",
+                   {clString(u"-s"), clString(u"-f"), clString(u"-o"), dir.File(u"in.flac"), dir.File(u"in.wav")}),
+              0);
+    std::string flac = ReadBytes(dir.File(u"in.flac"));
+    ASSERT_TRUE(WriteBytes(dir.File(u"cut.flac"), flac.substr(0, flac.size() / 2)));
+    std::u16string cut = Convert(u"cut.flac", u"cut.wav", u"Wave");
+    EXPECT_NE(cut.find(u"Error decoding '" + std::u16string(dir.File(u"cut.flac").text)), std::u16string::npos)
+        << std::string(cut.begin(), cut.end());
+    EXPECT_TRUE(ReadBytes(dir.File(u"cut.wav")).empty());
+    std::string flipped = flac;
+    for (size_t i = flipped.size() / 3; i < flipped.size() / 3 + 64; ++i)
+        flipped[i] = static_cast<char>(flipped[i] ^ 0x5A);
+    ASSERT_TRUE(WriteBytes(dir.File(u"bad.flac"), flipped));
+    std::u16string bad = Convert(u"bad.flac", u"bad.wav", u"Wave");
+    EXPECT_NE(bad.find(u"Error decoding"), std::u16string::npos) << std::string(bad.begin(), bad.end());
+    EXPECT_TRUE(ReadBytes(dir.File(u"bad.wav")).empty());
+    ASSERT_TRUE(WriteBytes(dir.File(u"text.flac"), "this is not audio"));
+    std::u16string text = Convert(u"text.flac", u"text.wav", u"Wave");
+    EXPECT_NE(text.find(u"is not a FLAC file"), std::u16string::npos) << std::string(text.begin(), text.end());
+}

@@ -1,0 +1,59 @@
+// Writing and reading WAVE files in the codec tests: little helpers over
+// byte strings, so that every test states its file exactly.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+inline void Le(std::string& out, uint64_t value, int bytes) {
+    for (int i = 0; i < bytes; ++i) out.push_back(static_cast<char>((value >> (8 * i)) & 0xFF));
+}
+
+inline void Be(std::string& out, uint64_t value, int bytes) {
+    for (int i = bytes - 1; i >= 0; --i) out.push_back(static_cast<char>((value >> (8 * i)) & 0xFF));
+}
+
+inline std::string Chunk(const char* id, const std::string& body) {
+    std::string out(id, 4);
+    Le(out, body.size(), 4);
+    out += body;
+    if (body.size() % 2 != 0) out.push_back('\0');
+    return out;
+}
+
+inline std::string FormatBody(uint16_t tag, uint16_t channels, uint32_t rate, uint16_t bytes, uint16_t validBits,
+                              bool extensible, uint32_t mask = 0) {
+    std::string fmt;
+    Le(fmt, extensible ? 0xFFFE : tag, 2);
+    Le(fmt, channels, 2);
+    Le(fmt, rate, 4);
+    Le(fmt, rate * bytes * channels, 4);
+    Le(fmt, bytes * channels, 2);
+    Le(fmt, bytes * 8, 2);
+    if (extensible) {
+        Le(fmt, 22, 2);
+        Le(fmt, validBits, 2);
+        Le(fmt, mask, 4);
+        Le(fmt, tag, 2);
+        fmt += std::string("\x00\x00\x00\x00\x10\x00\x80\x00\x00\xAA\x00\x38\x9B\x71", 14);
+    }
+    return fmt;
+}
+
+inline std::string Riff(const std::string& fmt, const std::string& data, const std::string& extra = std::string()) {
+    std::string body = "WAVE" + Chunk("fmt ", fmt) + extra + Chunk("data", data);
+    std::string out = "RIFF";
+    Le(out, body.size(), 4);
+    return out + body;
+}
+
+inline std::string FindChunk(const std::string& file, const char* id) {
+    for (size_t at = 12; at + 8 <= file.size();) {
+        uint32_t size = static_cast<unsigned char>(file[at + 4]) | (static_cast<unsigned char>(file[at + 5]) << 8) |
+                        (static_cast<unsigned char>(file[at + 6]) << 16) |
+                        (static_cast<uint32_t>(static_cast<unsigned char>(file[at + 7])) << 24);
+        if (file.compare(at, 4, id) == 0) return file.substr(at + 8, size);
+        at += 8 + size + (size & 1);
+    }
+    return std::string();
+}
