@@ -46,7 +46,7 @@ struct Encoder : qvc::UncompressedWriter {
     uint64_t framesAt = 0;  // where the frame count of COMM goes
     uint64_t soundAt = 0;   // where the SSND chunk begins
 
-    bool Begin(const qv_encoder_begin_record& record) {
+    bool Begin(qv_encoder_begin_record& record) {
         channels = record.format->channels;
         rate = record.format->samplesPerSecond;
         if (channels == 0 || rate == 0) return Fail("the stream has no channels or no rate");
@@ -80,6 +80,7 @@ struct Encoder : qvc::UncompressedWriter {
         Be(head, 0, 4);
         Be(head, 0, 8);  // offset and block size
         if (!Write(head)) return Fail("the output file can't be written");
+        Accept(*record.format);
         return true;
     }
 
@@ -120,7 +121,10 @@ struct Encoder : qvc::UncompressedWriter {
 };
 
 constexpr const char* kExtension = ".aiff";
-constexpr uint64_t kHeaderBytes = 54;
+constexpr bool kLossless = true;
+uint64_t EstimatedSize(uint64_t lengthMs, const qv_stream_facts* facts) {
+    return qvc::UncompressedWriter::SizeOf(lengthMs, facts, 54);
+}
 
 }  // namespace
 

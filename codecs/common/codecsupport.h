@@ -226,6 +226,13 @@ inline void PackSamples(const void* samples, size_t count, const SampleLayout& l
 // What the uncompressed encoders share: the open output, the layout, the
 // texts they answer with, and the writing of audio blocks.
 struct UncompressedWriter {
+    UncompressedWriter() = default;
+    ~UncompressedWriter() {
+        if (file != nullptr) std::fclose(file);
+    }
+    UncompressedWriter(const UncompressedWriter&) = delete;
+    UncompressedWriter& operator=(const UncompressedWriter&) = delete;
+
     FILE* file = nullptr;
     SampleLayout layout;
     uint16_t channels = 0;
@@ -249,6 +256,17 @@ struct UncompressedWriter {
         if (!Write(buffer)) return Fail("the output file can't be written (is the disk full?)");
         dataBytes += buffer.size();
         return true;
+    }
+    // Tells the worker what to hand over: the kind written, and for
+    // integers the depth.
+    void Accept(qv_audio_format& format) const {
+        format.acceptedTypes = layout.isFloat ? QV_SAMPLES_FLOAT32 : QV_SAMPLES_INT32;
+        if (!layout.isFloat) format.validBits = layout.bits;
+    }
+    // An uncompressed file: its audio and `headerBytes` around it.
+    static uint64_t SizeOf(uint64_t lengthMs, const qv_stream_facts* facts, uint64_t headerBytes) {
+        uint64_t perSecond = facts != nullptr ? facts->bytesPerSecond : 0;
+        return lengthMs * perSecond / 1000 + headerBytes;
     }
     // True when the conversion was aborted and the file is closed as it is
     // (the worker deletes it).

@@ -1,10 +1,13 @@
-// The exports of an uncompressed encoder, the same for "Wave" and "AIFF".
-// Included once, at the end of the encoder's source, after it has defined
-// in its anonymous namespace:
-//   struct Encoder  with Begin, Encode and End, `file`, `layout`, `text1`,
-//                   `page`, `error` and `errorAnswer`
+// The exports every encoder of this project defines alike. Included once,
+// at the end of the encoder's source, after it has defined in its
+// anonymous namespace:
+//   struct Encoder  with Begin (which also fills in acceptedTypes and the
+//                   depth it wants), Encode and End, a destructor that
+//                   closes what is open, and `text1`, `page`, `error` and
+//                   `errorAnswer`
 //   kExtension      the extension its files get
-//   kHeaderBytes    the bytes of a file around its audio, for estimates
+//   kLossless       whether it keeps every sample
+//   EstimatedSize   the expected size of a file of that length and facts
 #pragma once
 
 #include <new>
@@ -23,11 +26,7 @@ QV_EXPORT uint64_t ENC_Create(const qv_log_record*) {
     return static_cast<uint64_t>(reinterpret_cast<uintptr_t>(new (std::nothrow) Encoder()));
 }
 
-QV_EXPORT void ENC_Destroy(uint64_t handle) {
-    Encoder* self = Self(handle);
-    if (self->file != nullptr) std::fclose(self->file);
-    delete self;
-}
+QV_EXPORT void ENC_Destroy(uint64_t handle) { delete Self(handle); }
 
 QV_EXPORT int32_t ENC_Get(uint64_t handle, const qv_char* key, qv_query_record* record) {
     Encoder* self = Self(handle);
@@ -36,13 +35,11 @@ QV_EXPORT int32_t ENC_Get(uint64_t handle, const qv_char* key, qv_query_record* 
         return 1;
     }
     if (qvc::KeyIs(key, "IsLossless")) {
-        record->estimate = 1;
-        return 1;
+        record->estimate = kLossless ? 1 : 0;
+        return kLossless ? 1 : 0;
     }
     if (qvc::KeyIs(key, "GetEstimatedFileSize")) {
-        const auto* facts = static_cast<const qv_stream_facts*>(record->facts);
-        uint64_t perSecond = facts != nullptr ? facts->bytesPerSecond : 0;
-        record->estimate = record->lengthMs * perSecond / 1000 + kHeaderBytes;
+        record->estimate = EstimatedSize(record->lengthMs, static_cast<const qv_stream_facts*>(record->facts));
         return 1;
     }
     int32_t shared = qvc::AnswerShared(key, record, self->error, self->errorAnswer);
@@ -61,11 +58,7 @@ QV_EXPORT void* ENC_ShowConfigBit(uint64_t handle, void*, int32_t, int32_t, cons
 QV_EXPORT const qv_char* ENC_RemoveConfigBit(uint64_t handle, void*) { return Self(handle)->page.Get(); }
 
 QV_EXPORT int32_t ENC_BeginConversion(uint64_t handle, qv_encoder_begin_record* record) {
-    Encoder* self = Self(handle);
-    if (!self->Begin(*record)) return 0;
-    record->format->acceptedTypes = self->layout.isFloat ? QV_SAMPLES_FLOAT32 : QV_SAMPLES_INT32;
-    if (!self->layout.isFloat) record->format->validBits = self->layout.bits;
-    return 1;
+    return Self(handle)->Begin(*record) ? 1 : 0;
 }
 
 QV_EXPORT int32_t ENC_EncodeBlock(uint64_t handle, const qv_audio_block* block) {

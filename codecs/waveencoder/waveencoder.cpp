@@ -53,7 +53,7 @@ struct Encoder : qvc::UncompressedWriter {
         return chunk + fmt;
     }
 
-    bool Begin(const qv_encoder_begin_record& record) {
+    bool Begin(qv_encoder_begin_record& record) {
         const qv_audio_format& format = *record.format;
         channels = format.channels;
         rate = format.samplesPerSecond;
@@ -73,6 +73,7 @@ struct Encoder : qvc::UncompressedWriter {
         qvc::PutU32(head, 0);
         dataAt = head.size();
         if (!Write(head)) return Fail("the output file can't be written");
+        Accept(*record.format);
         return true;
     }
 
@@ -139,7 +140,10 @@ struct Encoder : qvc::UncompressedWriter {
 };
 
 constexpr const char* kExtension = ".wav";
-constexpr uint64_t kHeaderBytes = 44;
+constexpr bool kLossless = true;
+uint64_t EstimatedSize(uint64_t lengthMs, const qv_stream_facts* facts) {
+    return qvc::UncompressedWriter::SizeOf(lengthMs, facts, 44);
+}
 
 }  // namespace
 

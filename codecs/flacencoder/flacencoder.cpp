@@ -1,0 +1,238 @@
+// Encoder "FLAC", on libFLAC: 4 to 32 bits as the stream has them (float
+// audio is rounded to 24 bits), 1 to 8 channels. Tags become a Vorbis
+// comment block (see vorbiscomments.h), "picture" tags picture blocks; the
+// tags the conversion ends with are written into the finished file, over
+// the padding left for them.
+//
+// Option string:
+//   -level="0..8"   compression level, 5 when not given
+//   -verify="1"     decode every frame again while encoding and fail on
+//                   any difference
+#include <FLAC/metadata.h>
+#include <FLAC/stream_encoder.h>
+
+#include <new>
+#include <string>
+#include <vector>
+
+#include "codecs/common/vorbiscomments.h"
+
+namespace {
+
+constexpr uint32_t kPadding = 8192;
+
+uint32_t Be32At(const std::string& bytes, size_t at) {
+    if (at + 4 > bytes.size()) return 0;
+    return (static_cast<uint32_t>(static_cast<unsigned char>(bytes[at])) << 24) |
+           (static_cast<uint32_t>(static_cast<unsigned char>(bytes[at + 1])) << 16) |
+           (static_cast<uint32_t>(static_cast<unsigned char>(bytes[at + 2])) << 8) |
+           static_cast<unsigned char>(bytes[at + 3]);
+}
+
+// A picture block from the binary of a "picture" tag; null when damaged.
+FLAC__StreamMetadata* PictureFrom(const std::string& block) {
+    size_t at = 0;
+    uint32_t type = Be32At(block, at);
+    uint32_t mimeLength = Be32At(block, at + 4);
+    at += 8;
+    if (mimeLength > block.size() - std::min(block.size(), at)) return nullptr;
+    std::string mime = block.substr(at, mimeLength);
+    at += mimeLength;
+    uint32_t descriptionLength = Be32At(block, at);
+    at += 4;
+    if (descriptionLength > block.size() - std::min(block.size(), at)) return nullptr;
+    std::string description = block.substr(at, descriptionLength);
+    at += descriptionLength;
+    if (at + 20 > block.size()) return nullptr;
+    uint32_t width = Be32At(block, at), height = Be32At(block, at + 4), depth = Be32At(block, at + 8),
+             colors = Be32At(block, at + 12), length = Be32At(block, at + 16);
+    at += 20;
+    if (length > block.size() - at) return nullptr;
+    FLAC__StreamMetadata* picture = FLAC__metadata_object_new(FLAC__METADATA_TYPE_PICTURE);
+    if (picture == nullptr) return nullptr;
+    picture->data.picture.type = static_cast<FLAC__StreamMetadata_Picture_Type>(type <= 20 ? type : 0);
+    picture->data.picture.width = width;
+    picture->data.picture.height = height;
+    picture->data.picture.depth = depth;
+    picture->data.picture.colors = colors;
+    std::vector<char> mimeText(mime.begin(), mime.end());
+    mimeText.push_back('\0');
+    std::vector<FLAC__byte> descriptionText(description.begin(), description.end());
+    descriptionText.push_back(0);
+    if (!FLAC__metadata_object_picture_set_mime_type(picture, mimeText.data(), true) ||
+        !FLAC__metadata_object_picture_set_description(picture, descriptionText.data(), true) ||
+        !FLAC__metadata_object_picture_set_data(
+            picture, reinterpret_cast<FLAC__byte*>(const_cast<char*>(block.data() + at)), length, true)) {
+        FLAC__metadata_object_delete(picture);
+        return nullptr;
+    }
+    return picture;
+}
+
+// The Vorbis comment and picture blocks for a tag block; the caller owns them.
+std::vector<FLAC__StreamMetadata*> TagBlocks(const void* tagBlock, size_t size) {
+    std::vector<FLAC__StreamMetadata*> blocks;
+    std::vector<qvc::Tag> tags = qvc::ReadTagBlock(tagBlock, size);
+    FLAC__StreamMetadata* comments = FLAC__metadata_object_new(FLAC__METADATA_TYPE_VORBIS_COMMENT);
+    if (comments == nullptr) return blocks;
+    for (const std::string& comment : qvc::CommentsFromTags(tags)) {
+        FLAC__StreamMetadata_VorbisComment_Entry entry;
+        entry.length = static_cast<FLAC__uint32>(comment.size());
+        entry.entry = reinterpret_cast<FLAC__byte*>(const_cast<char*>(comment.data()));
+        FLAC__metadata_object_vorbiscomment_append_comment(comments, entry, true);
+    }
+    blocks.push_back(comments);
+    for (const qvc::Tag& tag : tags) {
+        if (qvc::LowerTag(tag.name) != u"picture" || tag.binary.empty()) continue;
+        if (FLAC__StreamMetadata* picture = PictureFrom(tag.binary)) blocks.push_back(picture);
+    }
+    return blocks;
+}
+
+void DeleteBlocks(std::vector<FLAC__StreamMetadata*>& blocks) {
+    for (FLAC__StreamMetadata* block : blocks) FLAC__metadata_object_delete(block);
+    blocks.clear();
+}
+
+struct Encoder {
+    FLAC__StreamEncoder* flac = nullptr;
+    std::vector<FLAC__StreamMetadata*> metadata;
+    std::string path;
+    uint32_t channels = 0;
+    uint32_t bits = 16;
+    std::vector<FLAC__int32> buffer;
+    qvc::Answer text1;
+    qvc::Answer page;
+    std::u16string error;
+    qvc::Answer errorAnswer;
+
+    ~Encoder() { Drop(); }
+
+    void Drop() {
+        if (flac != nullptr) {
+            FLAC__stream_encoder_finish(flac);
+            FLAC__stream_encoder_delete(flac);
+        }
+        flac = nullptr;
+        DeleteBlocks(metadata);
+    }
+    bool Fail(const char* why) {
+        error = qvc::FromAscii(why);
+        Drop();
+        return false;
+    }
+
+    bool Begin(qv_encoder_begin_record& record) {
+        qv_audio_format& format = *record.format;
+        channels = format.channels;
+        if (channels == 0 || channels > 8) return Fail("FLAC takes 1 to 8 channels");
+        bits = format.sampleType == QV_SAMPLES_INT32 ? format.validBits : 24;
+        if (bits < 4 || bits > 32) return Fail("FLAC takes 4 to 32 bits");
+        if (format.samplesPerSecond == 0 || format.samplesPerSecond > 1048575) {
+            return Fail("FLAC takes rates up to 1,048,575 Hz");
+        }
+        std::u16string options = record.optionString != nullptr ? record.optionString : u"";
+        std::u16string levelText = qvc::Option(options, u"level");
+        int level = levelText.empty() ? 5 : std::atoi(qvc::ToUtf8(levelText).c_str());
+        if (level < 0 || level > 8) return Fail("-level takes 0 to 8");
+        bool verify = qvc::Option(options, u"verify") == u"1";
+        flac = FLAC__stream_encoder_new();
+        if (flac == nullptr) return Fail("out of memory");
+        FLAC__stream_encoder_set_channels(flac, channels);
+        FLAC__stream_encoder_set_bits_per_sample(flac, bits);
+        FLAC__stream_encoder_set_sample_rate(flac, format.samplesPerSecond);
+        FLAC__stream_encoder_set_compression_level(flac, static_cast<uint32_t>(level));
+        FLAC__stream_encoder_set_verify(flac, verify);
+        if (record.totalFrames != 0) FLAC__stream_encoder_set_total_samples_estimate(flac, record.totalFrames);
+        metadata = TagBlocks(record.tags, record.tagsSize);
+        FLAC__StreamMetadata* padding = FLAC__metadata_object_new(FLAC__METADATA_TYPE_PADDING);
+        if (padding != nullptr) {
+            padding->length = kPadding;
+            metadata.push_back(padding);
+        }
+        FLAC__stream_encoder_set_metadata(flac, metadata.data(), static_cast<uint32_t>(metadata.size()));
+        path = qvc::ToUtf8(record.outputPath);
+        if (FLAC__stream_encoder_init_file(flac, path.c_str(), nullptr, nullptr) !=
+            FLAC__STREAM_ENCODER_INIT_STATUS_OK) {
+            return Fail("the output file can't be created");
+        }
+        format.acceptedTypes = QV_SAMPLES_INT32;
+        format.validBits = static_cast<uint16_t>(bits);
+        return true;
+    }
+
+    bool Encode(const qv_audio_block& block) {
+        size_t count = static_cast<size_t>(block.frames) * channels;
+        buffer.resize(count);
+        const auto* in = static_cast<const int32_t*>(block.samples);
+        const int shift = 32 - static_cast<int>(bits);
+        for (size_t i = 0; i < count; ++i) buffer[i] = in[i] >> shift;  // right-justified for libFLAC
+        if (!FLAC__stream_encoder_process_interleaved(flac, buffer.data(), block.frames)) {
+            FLAC__StreamEncoderState state = FLAC__stream_encoder_get_state(flac);
+            return Fail(state == FLAC__STREAM_ENCODER_VERIFY_MISMATCH_IN_AUDIO_DATA
+                            ? "verification found a difference in the encoded audio"
+                            : "the output file can't be written (is the disk full?)");
+        }
+        return true;
+    }
+
+    // The final tags over the ones written at the start, in the padding.
+    bool RewriteTags(const void* tagBlock, size_t size) {
+        FLAC__Metadata_Chain* chain = FLAC__metadata_chain_new();
+        if (chain == nullptr) return false;
+        bool ok = FLAC__metadata_chain_read(chain, path.c_str());
+        if (ok) {
+            FLAC__Metadata_Iterator* it = FLAC__metadata_iterator_new();
+            FLAC__metadata_iterator_init(it, chain);
+            do {
+                FLAC__MetadataType type = FLAC__metadata_iterator_get_block_type(it);
+                if (type == FLAC__METADATA_TYPE_VORBIS_COMMENT || type == FLAC__METADATA_TYPE_PICTURE) {
+                    FLAC__metadata_iterator_delete_block(it, true);
+                }
+            } while (FLAC__metadata_iterator_next(it));
+            std::vector<FLAC__StreamMetadata*> blocks = TagBlocks(tagBlock, size);
+            FLAC__metadata_iterator_init(it, chain);  // behind STREAMINFO
+            for (FLAC__StreamMetadata* block : blocks) {
+                if (ok && FLAC__metadata_iterator_insert_block_after(it, block)) continue;
+                FLAC__metadata_object_delete(block);
+                ok = false;
+            }
+            FLAC__metadata_iterator_delete(it);
+            FLAC__metadata_chain_sort_padding(chain);
+            ok = ok && FLAC__metadata_chain_write(chain, true, false);
+        }
+        FLAC__metadata_chain_delete(chain);
+        return ok;
+    }
+
+    bool End(const qv_encoder_end_record& record) {
+        if (flac == nullptr) return record.aborted != 0 || Fail("the output file is not open");
+        bool finished = FLAC__stream_encoder_finish(flac) != 0;
+        FLAC__StreamEncoderState state = FLAC__stream_encoder_get_state(flac);
+        FLAC__stream_encoder_delete(flac);
+        flac = nullptr;
+        DeleteBlocks(metadata);
+        if (record.aborted != 0) return true;
+        if (!finished) {
+            return Fail(state == FLAC__STREAM_ENCODER_VERIFY_MISMATCH_IN_AUDIO_DATA
+                            ? "verification found a difference in the encoded audio"
+                            : "the output file can't be finished (is the disk full?)");
+        }
+        if (record.tags != nullptr && !RewriteTags(record.tags, record.tagsSize)) {
+            return Fail("the final tags can't be written");
+        }
+        return true;
+    }
+};
+
+constexpr const char* kExtension = ".flac";
+constexpr bool kLossless = true;
+// About 58 % of the PCM size for music at the usual levels.
+uint64_t EstimatedSize(uint64_t lengthMs, const qv_stream_facts* facts) {
+    uint64_t perSecond = facts != nullptr ? facts->bytesPerSecond : 0;
+    return lengthMs * perSecond / 1000 * 58 / 100 + kPadding;
+}
+
+}  // namespace
+
+#include "codecs/common/encoderexports.h"
