@@ -285,6 +285,47 @@ struct UncompressedWriter {
     }
 };
 
+inline std::u16string LowerTag(const std::u16string& text) {
+    std::u16string out = text;
+    for (char16_t& c : out) {
+        if (c >= u'A' && c <= u'Z') c = static_cast<char16_t>(c + 32);
+    }
+    return out;
+}
+
+// What every decoder keeps for its answers.
+struct DecoderBase {
+    Answer text1;
+    Answer text2;
+    std::u16string error;
+    Answer errorAnswer;
+    std::string tagBlock;                 // of the last Open
+    std::string propertyBlock;            // of the last Open
+    std::vector<std::u16string> deleted;  // tag names left out, lower case
+};
+
+inline void PutBe32(std::string& out, uint32_t value) {
+    for (int i = 3; i >= 0; --i) out.push_back(static_cast<char>((value >> (8 * i)) & 0xFF));
+}
+
+// A picture as the binary of a "picture" tag: a FLAC picture block.
+inline std::string PictureBlock(uint32_t type, const std::string& mime, const std::string& description, uint32_t width,
+                                uint32_t height, uint32_t depth, uint32_t colors, const char* data, size_t size) {
+    std::string out;
+    PutBe32(out, type);
+    PutBe32(out, static_cast<uint32_t>(mime.size()));
+    out += mime;
+    PutBe32(out, static_cast<uint32_t>(description.size()));
+    out += description;
+    PutBe32(out, width);
+    PutBe32(out, height);
+    PutBe32(out, depth);
+    PutBe32(out, colors);
+    PutBe32(out, static_cast<uint32_t>(size));
+    out.append(data, size);
+    return out;
+}
+
 struct Tag {
     std::u16string name;
     std::u16string value;

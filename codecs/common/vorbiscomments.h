@@ -68,14 +68,6 @@ inline std::string Upper(std::string text) {
     return text;
 }
 
-inline std::u16string LowerTag(const std::u16string& text) {
-    std::u16string out = text;
-    for (char16_t& c : out) {
-        if (c >= u'A' && c <= u'Z') c = static_cast<char16_t>(c + 32);
-    }
-    return out;
-}
-
 // Adds `value` to the tag `name`, joining a second value with CR.
 inline void AddValue(std::vector<Tag>& tags, const std::u16string& name, const std::u16string& value) {
     for (Tag& tag : tags) {

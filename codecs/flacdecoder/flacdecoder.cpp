@@ -15,36 +15,22 @@
 
 namespace {
 
-void PutBe32(std::string& out, uint32_t value) {
-    for (int i = 3; i >= 0; --i) out.push_back(static_cast<char>((value >> (8 * i)) & 0xFF));
-}
-
-// A picture metadata block as its bytes: the binary of a "picture" tag.
+// A picture metadata block as the binary of a "picture" tag.
 std::string PictureBlock(const FLAC__StreamMetadata_Picture& picture) {
-    std::string out;
-    PutBe32(out, picture.type);
-    std::string mime = picture.mime_type != nullptr ? picture.mime_type : "";
-    PutBe32(out, static_cast<uint32_t>(mime.size()));
-    out += mime;
-    std::string description = picture.description != nullptr ? reinterpret_cast<const char*>(picture.description) : "";
-    PutBe32(out, static_cast<uint32_t>(description.size()));
-    out += description;
-    PutBe32(out, picture.width);
-    PutBe32(out, picture.height);
-    PutBe32(out, picture.depth);
-    PutBe32(out, picture.colors);
-    PutBe32(out, picture.data_length);
-    out.append(reinterpret_cast<const char*>(picture.data), picture.data_length);
-    return out;
+    return qvc::PictureBlock(picture.type, picture.mime_type != nullptr ? picture.mime_type : "",
+                             picture.description != nullptr ? reinterpret_cast<const char*>(picture.description) : "",
+                             picture.width, picture.height, picture.depth, picture.colors,
+                             reinterpret_cast<const char*>(picture.data), picture.data_length);
 }
 
-struct Decoder {
+struct Decoder : qvc::DecoderBase {
     FLAC__StreamDecoder* flac = nullptr;
     FILE* file = nullptr;
     uint32_t rate = 0;
     uint32_t channels = 0;
     uint32_t bits = 0;
     uint64_t totalFrames = 0;
+    uint64_t fileSize = 0;
     uint64_t position = 0;
     bool failed = false;
     bool ended = false;
@@ -54,14 +40,7 @@ struct Decoder {
     std::vector<int32_t> pending;  // decoded frames not yet handed out
     size_t pendingAt = 0;          // in samples
     std::vector<int32_t> block;
-    std::string tagBlock;
-    std::string propertyBlock;
-    std::vector<std::u16string> deleted;
     std::u16string path;  // to open again after the end, for a second pass
-    qvc::Answer text1;
-    qvc::Answer text2;
-    std::u16string error;
-    qvc::Answer errorAnswer;
 
     ~Decoder() { Close(); }
 
@@ -127,7 +106,6 @@ struct Decoder {
     bool Open(const qv_char* name) {
         Close();
         path = name;
-        error.clear();
         comments.clear();
         pictures.clear();
         vendor.clear();
@@ -138,6 +116,8 @@ struct Decoder {
         rate = channels = bits = 0;
         file = qvc::OpenFile(name, "rb");
         if (file == nullptr) return Fail("the file can't be opened");
+        if (std::fseek(file, 0, SEEK_END) == 0) fileSize = static_cast<uint64_t>(std::max<int64_t>(0, qvc::Tell(file)));
+        std::rewind(file);
         flac = FLAC__stream_decoder_new();
         if (flac == nullptr) return Fail("out of memory");
         FLAC__stream_decoder_set_md5_checking(flac, true);
@@ -152,6 +132,38 @@ struct Decoder {
             return Fail("the file is not a FLAC file, or its header is damaged");
         }
         return true;
+    }
+
+    bool Format(qv_audio_format& format) const {
+        if (channels == 0) return false;
+        format.samplesPerSecond = rate;
+        format.channels = static_cast<uint16_t>(channels);
+        format.validBits = static_cast<uint16_t>(bits);
+        format.sampleType = QV_SAMPLES_INT32;
+        return true;
+    }
+
+    void Facts(qv_stream_facts& facts) const {
+        facts.formatTag = 1;
+        facts.channels = static_cast<uint16_t>(channels);
+        facts.samplesPerSecond = rate;
+        facts.bitsPerSample = static_cast<uint16_t>(bits);
+        facts.blockAlign = static_cast<uint16_t>((bits + 7) / 8 * channels);
+        facts.bytesPerSecond = rate * facts.blockAlign;
+        facts.lengthMs = rate != 0 ? totalFrames * 1000 / rate : 0;
+        facts.bitrate = facts.lengthMs != 0 ? static_cast<uint32_t>(fileSize * 8000 / facts.lengthMs) : 0;
+    }
+
+    std::vector<qvc::Tag> Tags() const {
+        std::vector<qvc::Tag> tags = qvc::TagsFromComments(comments);
+        tags.insert(tags.end(), pictures.begin(), pictures.end());
+        return tags;
+    }
+
+    std::vector<qvc::Tag> Properties() const {
+        std::vector<qvc::Tag> properties = {{u"Audio Quality", u"Lossless", std::string()}};
+        if (!vendor.empty()) properties.push_back({u"Encoder", qvc::FromBytes(vendor), std::string()});
+        return properties;
     }
 
     // Decodes frames until one block is ready or the stream ends.
@@ -210,85 +222,12 @@ struct Decoder {
     }
 };
 
-Decoder* Self(uint64_t handle) { return reinterpret_cast<Decoder*>(static_cast<uintptr_t>(handle)); }
+struct Listed {
+    const char* extension;
+    const char* description;
+};
+const Listed kDecodes[] = {{".flac", "FLAC"}};
 
 }  // namespace
 
-extern "C" {
-
-QV_EXPORT uint64_t Create(const qv_log_record*) {
-    return static_cast<uint64_t>(reinterpret_cast<uintptr_t>(new (std::nothrow) Decoder()));
-}
-
-QV_EXPORT void Close(uint64_t handle) { Self(handle)->Close(); }
-
-QV_EXPORT void Destroy(uint64_t handle) { delete Self(handle); }
-
-QV_EXPORT int32_t Get(uint64_t handle, const qv_char* key, qv_query_record* record) {
-    Decoder* self = Self(handle);
-    if (qvc::KeyIs(key, "Decodes")) {
-        if (record->index != 0) return 0;
-        record->text1 = self->text1.Set(".flac");
-        record->text2 = self->text2.Set("FLAC");
-        return 1;
-    }
-    if (qvc::KeyIs(key, "Format")) {
-        if (self->channels == 0) return 0;
-        auto* format = static_cast<qv_audio_format*>(const_cast<void*>(record->facts));
-        *format = qv_audio_format{};
-        format->samplesPerSecond = self->rate;
-        format->channels = static_cast<uint16_t>(self->channels);
-        format->validBits = static_cast<uint16_t>(self->bits);
-        format->sampleType = QV_SAMPLES_INT32;
-        return 1;
-    }
-    int32_t shared = qvc::AnswerShared(key, record, self->error, self->errorAnswer);
-    return shared < 0 ? 0 : shared;
-}
-
-QV_EXPORT int32_t Set(uint64_t, const qv_char*, qv_query_record*) { return 0; }
-
-QV_EXPORT int32_t Open(uint64_t handle, qv_open_record* record) {
-    Decoder* self = Self(handle);
-    if (!self->Open(record->fileName)) return 0;
-    qv_stream_facts& facts = record->facts;
-    facts.formatTag = 1;
-    facts.channels = static_cast<uint16_t>(self->channels);
-    facts.samplesPerSecond = self->rate;
-    facts.bitsPerSample = static_cast<uint16_t>(self->bits);
-    facts.blockAlign = static_cast<uint16_t>((self->bits + 7) / 8 * self->channels);
-    facts.bytesPerSecond = self->rate * facts.blockAlign;
-    facts.lengthMs = self->rate != 0 ? self->totalFrames * 1000 / self->rate : 0;
-    uint64_t size = 0;
-    if (FILE* probe = qvc::OpenFile(record->fileName, "rb")) {
-        if (std::fseek(probe, 0, SEEK_END) == 0) size = static_cast<uint64_t>(std::max<int64_t>(0, qvc::Tell(probe)));
-        std::fclose(probe);
-    }
-    facts.bitrate = facts.lengthMs != 0 ? static_cast<uint32_t>(size * 8000 / facts.lengthMs) : 0;
-    std::vector<qvc::Tag> tags = qvc::TagsFromComments(self->comments);
-    tags.insert(tags.end(), self->pictures.begin(), self->pictures.end());
-    for (const std::u16string& gone : self->deleted) {
-        tags.erase(std::remove_if(tags.begin(), tags.end(), [&gone](const qvc::Tag& tag) { return tag.name == gone; }),
-                   tags.end());
-    }
-    self->tagBlock = qvc::WriteTagBlock(tags);
-    std::vector<qvc::Tag> properties = {{u"Audio Quality", u"Lossless", std::string()}};
-    if (!self->vendor.empty()) properties.push_back({u"Encoder", qvc::FromBytes(self->vendor), std::string()});
-    self->propertyBlock = qvc::WriteTagBlock(properties);
-    record->tags = self->tagBlock.data();
-    record->tagsSize = static_cast<uint32_t>(self->tagBlock.size());
-    record->extra = self->propertyBlock.data();
-    record->extraSize = static_cast<uint32_t>(self->propertyBlock.size());
-    return 1;
-}
-
-QV_EXPORT int32_t DecodeBlock(uint64_t handle, qv_audio_block* block) { return Self(handle)->Decode(block); }
-
-QV_EXPORT int32_t SetPosition(uint64_t handle, uint64_t frame) { return Self(handle)->Rewind(frame) ? 1 : 0; }
-
-QV_EXPORT int32_t DeleteATag(uint64_t handle, const qv_char* name) {
-    Self(handle)->deleted.push_back(qvc::LowerTag(name));
-    return 1;
-}
-
-}  // extern "C"
+#include "codecs/common/decoderexports.h"

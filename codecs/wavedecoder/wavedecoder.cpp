@@ -44,7 +44,7 @@ double Extended(const unsigned char* p) {
     return (p[0] & 0x80) != 0 ? -value : value;
 }
 
-struct Decoder {
+struct Decoder : qvc::DecoderBase {
     FILE* file = nullptr;
     Container container = Container::Wave;
     bool bigEndian = false;
@@ -61,15 +61,9 @@ struct Decoder {
     uint64_t position = 0;
     std::string encoderName;
     std::vector<qvc::Tag> tags;
-    std::string tagBlock;
-    std::string propertyBlock;
     std::vector<unsigned char> raw;
     std::vector<int32_t> ints;
     std::vector<float> floats;
-    qvc::Answer text1;
-    qvc::Answer text2;
-    std::u16string error;
-    qvc::Answer errorAnswer;
 
     void Close() {
         if (file != nullptr) std::fclose(file);
@@ -311,7 +305,6 @@ struct Decoder {
 
     bool Open(const qv_char* name) {
         Close();
-        error.clear();
         tags.clear();
         encoderName.clear();
         channelMask = 0;
@@ -339,6 +332,41 @@ struct Decoder {
             return OpenAiff(size, std::memcmp(head + 8, "AIFC", 4) == 0);
         }
         return Fail("the file is not a WAVE, Wave64 or AIFF file");
+    }
+
+    bool Format(qv_audio_format& format) const {
+        if (file == nullptr) return false;
+        format.samplesPerSecond = rate;
+        format.channels = channels;
+        format.validBits = bits;
+        format.sampleType = isFloat ? QV_SAMPLES_FLOAT32 : QV_SAMPLES_INT32;
+        format.channelMask = channelMask;
+        return true;
+    }
+
+    void Facts(qv_stream_facts& facts) const {
+        facts.formatTag = formatTag == kFormatExtensible ? kFormatExtensible : (isFloat ? kFormatFloat : kFormatPcm);
+        facts.channels = channels;
+        facts.samplesPerSecond = rate;
+        facts.bitsPerSample = static_cast<uint16_t>(isFloat ? container_bytes * 8 : bits);
+        facts.blockAlign = static_cast<uint16_t>(container_bytes * channels);
+        facts.bytesPerSecond = rate * facts.blockAlign;
+        facts.bitrate = facts.bytesPerSecond * 8;
+        facts.lengthMs = rate != 0 ? frames * 1000 / rate : 0;
+    }
+
+    std::vector<qvc::Tag> Tags() const { return tags; }
+
+    std::vector<qvc::Tag> Properties() const {
+        std::vector<qvc::Tag> properties = {{u"Audio Quality", u"Lossless", std::string()}};
+        if (!encoderName.empty()) properties.push_back({u"Encoder", qvc::FromBytes(encoderName), std::string()});
+        return properties;
+    }
+
+    bool Rewind(uint64_t frame) {
+        if (file == nullptr || frame > frames) return false;
+        position = frame;
+        return true;
     }
 
     // One block; 0 at the end, -1 on a read failure.
@@ -400,89 +428,13 @@ struct Decoder {
     }
 };
 
-Decoder* Self(uint64_t handle) { return reinterpret_cast<Decoder*>(static_cast<uintptr_t>(handle)); }
+struct Listed {
+    const char* extension;
+    const char* description;
+};
+const Listed kDecodes[] = {{".wav", "Wave"}, {".wave", "Wave"}, {".rf64", "Wave (RF64)"}, {".w64", "Wave64"},
+                           {".aif", "AIFF"}, {".aiff", "AIFF"}, {".aifc", "AIFF-C"}};
 
 }  // namespace
 
-extern "C" {
-
-QV_EXPORT uint64_t Create(const qv_log_record*) {
-    return static_cast<uint64_t>(reinterpret_cast<uintptr_t>(new (std::nothrow) Decoder()));
-}
-
-QV_EXPORT void Close(uint64_t handle) { Self(handle)->Close(); }
-
-QV_EXPORT void Destroy(uint64_t handle) { delete Self(handle); }
-
-QV_EXPORT int32_t Get(uint64_t handle, const qv_char* key, qv_query_record* record) {
-    Decoder* self = Self(handle);
-    if (qvc::KeyIs(key, "Decodes")) {
-        static const char* const kExtensions[] = {".wav", ".wave", ".rf64", ".w64", ".aif", ".aiff", ".aifc"};
-        static const char* const kDescriptions[] = {"Wave", "Wave", "Wave (RF64)", "Wave64", "AIFF", "AIFF", "AIFF-C"};
-        if (record->index >= sizeof kExtensions / sizeof kExtensions[0]) return 0;
-        record->text1 = self->text1.Set(kExtensions[record->index]);
-        record->text2 = self->text2.Set(kDescriptions[record->index]);
-        return 1;
-    }
-    if (qvc::KeyIs(key, "Format")) {
-        if (self->file == nullptr) return 0;
-        auto* format = static_cast<qv_audio_format*>(const_cast<void*>(record->facts));
-        *format = qv_audio_format{};
-        format->samplesPerSecond = self->rate;
-        format->channels = self->channels;
-        format->validBits = self->bits;
-        format->sampleType = self->isFloat ? QV_SAMPLES_FLOAT32 : QV_SAMPLES_INT32;
-        format->channelMask = self->channelMask;
-        return 1;
-    }
-    int32_t shared = qvc::AnswerShared(key, record, self->error, self->errorAnswer);
-    return shared < 0 ? 0 : shared;
-}
-
-QV_EXPORT int32_t Set(uint64_t, const qv_char*, qv_query_record*) { return 0; }
-
-QV_EXPORT int32_t Open(uint64_t handle, qv_open_record* record) {
-    Decoder* self = Self(handle);
-    if (!self->Open(record->fileName)) return 0;
-    qv_stream_facts& facts = record->facts;
-    facts.formatTag =
-        self->formatTag == kFormatExtensible ? kFormatExtensible : (self->isFloat ? kFormatFloat : kFormatPcm);
-    facts.channels = self->channels;
-    facts.samplesPerSecond = self->rate;
-    facts.bitsPerSample = static_cast<uint16_t>(self->isFloat ? self->container_bytes * 8 : self->bits);
-    facts.blockAlign = static_cast<uint16_t>(self->container_bytes * self->channels);
-    facts.bytesPerSecond = self->rate * facts.blockAlign;
-    facts.bitrate = facts.bytesPerSecond * 8;
-    facts.lengthMs = self->rate != 0 ? self->frames * 1000 / self->rate : 0;
-    self->tagBlock = qvc::WriteTagBlock(self->tags);
-    std::vector<qvc::Tag> properties = {{u"Audio Quality", u"Lossless", std::string()}};
-    if (!self->encoderName.empty()) {
-        properties.push_back({u"Encoder", qvc::FromBytes(self->encoderName), std::string()});
-    }
-    self->propertyBlock = qvc::WriteTagBlock(properties);
-    record->tags = self->tagBlock.data();
-    record->tagsSize = static_cast<uint32_t>(self->tagBlock.size());
-    record->extra = self->propertyBlock.data();
-    record->extraSize = static_cast<uint32_t>(self->propertyBlock.size());
-    return 1;
-}
-
-QV_EXPORT int32_t DecodeBlock(uint64_t handle, qv_audio_block* block) { return Self(handle)->Decode(block); }
-
-QV_EXPORT int32_t SetPosition(uint64_t handle, uint64_t frame) {
-    Decoder* self = Self(handle);
-    if (self->file == nullptr || frame > self->frames) return 0;
-    self->position = frame;
-    return 1;
-}
-
-QV_EXPORT int32_t DeleteATag(uint64_t handle, const qv_char* name) {
-    Decoder* self = Self(handle);
-    std::u16string gone(name);
-    auto& tags = self->tags;
-    tags.erase(std::remove_if(tags.begin(), tags.end(), [&gone](const qvc::Tag& tag) { return tag.name == gone; }),
-               tags.end());
-    return 1;
-}
-
-}  // extern "C"
+#include "codecs/common/decoderexports.h"

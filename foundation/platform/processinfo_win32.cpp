@@ -72,9 +72,18 @@ bool PlatformRunProcess(const clString& program, const clStringList& arguments, 
     // the line is built by the same rule POSIX uses to rebuild it.
     clString line = BuildCommandLineText(program, arguments);
     SECURITY_ATTRIBUTES inherit{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
-    HANDLE out = CreateFileW(reinterpret_cast<LPCWSTR>(outputFile.text), GENERIC_WRITE,
-                             FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, &inherit, CREATE_ALWAYS,
-                             FILE_ATTRIBUTE_NORMAL, nullptr);
+    // A file that a process which just ended wrote to can stay held for a
+    // moment (the system, a virus scanner or an indexer closing after it),
+    // so a refusal to share is waited out for up to a second.
+    HANDLE out = INVALID_HANDLE_VALUE;
+    for (int attempt = 0; attempt < 50; ++attempt) {
+        out = CreateFileW(reinterpret_cast<LPCWSTR>(outputFile.text), GENERIC_WRITE,
+                          FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, &inherit, CREATE_ALWAYS,
+                          FILE_ATTRIBUTE_NORMAL, nullptr);
+        DWORD error = out == INVALID_HANDLE_VALUE ? GetLastError() : ERROR_SUCCESS;
+        if (error != ERROR_SHARING_VIOLATION && error != ERROR_ACCESS_DENIED) break;
+        Sleep(20);
+    }
     if (out == INVALID_HANDLE_VALUE) return false;
     HANDLE in =
         CreateFileW(L"NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherit, OPEN_EXISTING, 0, nullptr);
@@ -85,8 +94,15 @@ bool PlatformRunProcess(const clString& program, const clStringList& arguments, 
     startup.hStdOutput = out;
     startup.hStdError = out;
     PROCESS_INFORMATION info{};
-    BOOL started = CreateProcessW(reinterpret_cast<LPCWSTR>(program.text), reinterpret_cast<LPWSTR>(line.text), nullptr,
-                                  nullptr, TRUE, CREATE_NO_WINDOW, nullptr, nullptr, &startup, &info);
+    // The same holds for a program file that was just written or scanned.
+    BOOL started = FALSE;
+    for (int attempt = 0; attempt < 50 && !started; ++attempt) {
+        started = CreateProcessW(reinterpret_cast<LPCWSTR>(program.text), reinterpret_cast<LPWSTR>(line.text), nullptr,
+                                 nullptr, TRUE, CREATE_NO_WINDOW, nullptr, nullptr, &startup, &info);
+        DWORD error = started ? ERROR_SUCCESS : GetLastError();
+        if (error != ERROR_SHARING_VIOLATION && error != ERROR_ACCESS_DENIED) break;
+        Sleep(20);
+    }
     CloseHandle(out);
     if (in != INVALID_HANDLE_VALUE) CloseHandle(in);
     if (!started) return false;

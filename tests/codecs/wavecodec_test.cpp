@@ -13,18 +13,11 @@
 #include "foundation/pathtext.h"
 #include "foundation/platform/processinfo.h"
 #include "foundation/stringlist.h"
+#include "tests/codecs/codectest.h"
 #include "tests/codecs/wavefiles.h"
 #include "tests/support/testfolder.h"
 
 namespace {
-
-clString WorkerPath() {
-    clString folder = GetProgramFolder();
-    RemoveBackslashes(folder);
-    clString path = JoinPath(JoinPath(GetFolderPart(folder), clString(u"bin")), clString(u"ConvertWorker"));
-    path.Append(PlatformExecutableSuffix());
-    return path;
-}
 
 // Samples as bytes: `count` values, `bytes` each, little-endian, in a
 // fixed pseudo-random walk.
@@ -96,27 +89,12 @@ std::string Swap(const std::string& data, int bytes) {
     return out;
 }
 
-class WaveCodec : public ::testing::Test {
+class WaveCodec : public CodecTest {
 protected:
-    TestFolder dir;
-
-    // Converts `name` (written with `bytes`) to out.wav; the worker's
-    // report lines come back.
+    // Writes `name` and converts it to out.wav; the worker's report lines.
     std::u16string Convert(const char16_t* name, const std::string& bytes, const char16_t* options = u"") {
         EXPECT_TRUE(WriteBytes(dir.File(name), bytes));
-        return ConvertFile(name, u"out.wav", u"Wave", options);
-    }
-    std::u16string ConvertFile(const char16_t* name, const char16_t* output, const char16_t* encoder,
-                               const char16_t* options = u"") {
-        std::u16string command = u" -infile=\"" + std::u16string(dir.File(name).text) + u"\" -outfile=\"" +
-                                 std::u16string(dir.File(output).text) + u"\" -convert_to=\"" + encoder +
-                                 u"\" -evtquit=\"\" -evtwatchdog=\"\" -batchid=\"1\" " + options;
-        EXPECT_TRUE(WriteBytes(dir.File(u"cmd"), Utf16Le(command)));
-        clStringList arguments;
-        arguments.Add(clString(u"-qvcmd=", dir.File(u"cmd").text));
-        int exitCode = -1;
-        EXPECT_TRUE(PlatformRunProcess(WorkerPath(), arguments, dir.File(u"log"), &exitCode));
-        return FromUtf16Le(ReadBytes(dir.File(u"log")));
+        return CodecTest::Convert(name, u"out.wav", u"Wave", options);
     }
     std::string Output() { return ReadBytes(dir.File(u"out.wav")); }
 };
@@ -217,11 +195,11 @@ TEST_F(WaveCodec, AiffEncoderRoundTripsEveryDepthAndFloat) {
         std::string data = Samples(30000u * 2, bytes);
         ASSERT_TRUE(WriteBytes(dir.File(u"in.wav"),
                                Riff(FormatBody(1, 2, 44100, bytes, bytes * 8, bytes > 2), data, Chunk("LIST", info))));
-        ConvertFile(u"in.wav", u"mid.aiff", u"AIFF");
+        CodecTest::Convert(u"in.wav", u"mid.aiff", u"AIFF");
         std::string aiff = ReadBytes(dir.File(u"mid.aiff"));
         ASSERT_EQ(aiff.compare(0, 4, "FORM"), 0);
         EXPECT_NE(aiff.find("NAME"), std::string::npos);
-        ConvertFile(u"mid.aiff", u"out.wav", u"Wave");
+        CodecTest::Convert(u"mid.aiff", u"out.wav", u"Wave");
         std::string out = Output();
         EXPECT_EQ(FindChunk(out, "data"), data) << bytes << " bytes";
         EXPECT_NE(FindChunk(out, "LIST").find("Title \xC3\xA9"), std::string::npos);
@@ -229,9 +207,9 @@ TEST_F(WaveCodec, AiffEncoderRoundTripsEveryDepthAndFloat) {
     }
     std::string floats = FloatSamples(20000);
     ASSERT_TRUE(WriteBytes(dir.File(u"f.wav"), Riff(FormatBody(3, 2, 96000, 4, 32, false), floats)));
-    ConvertFile(u"f.wav", u"f.aifc", u"AIFF");
+    CodecTest::Convert(u"f.wav", u"f.aifc", u"AIFF");
     EXPECT_EQ(ReadBytes(dir.File(u"f.aifc")).compare(8, 4, "AIFC"), 0);
-    ConvertFile(u"f.aifc", u"out.wav", u"Wave");
+    CodecTest::Convert(u"f.aifc", u"out.wav", u"Wave");
     EXPECT_EQ(FindChunk(Output(), "data"), floats);
 }
 

@@ -1,0 +1,181 @@
+// Decoder "MP3", on libmpg123: MPEG-1/2/2.5 layer I to III, delivered as
+// 32-bit float. Gapless: the encoder delay and padding that the LAME/Xing
+// header states are left out, so a file made from N samples decodes to N
+// samples. Tags through TagLib (ID3v2, ID3v1, APE), with the names of
+// vorbiscomments.h; ID3v2 pictures as "picture" tags. No options.
+#include <mpg123.h>
+#include <taglib/attachedpictureframe.h>
+#include <taglib/id3v2tag.h>
+#include <taglib/mpegfile.h>
+#include <taglib/tpropertymap.h>
+
+#include <algorithm>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "codecs/common/vorbiscomments.h"
+
+namespace {
+
+// An ID3v2 picture as the binary of a "picture" tag (ID3 states no size).
+std::string PictureBlock(const TagLib::ID3v2::AttachedPictureFrame& frame) {
+    TagLib::ByteVector data = frame.picture();
+    return qvc::PictureBlock(static_cast<uint32_t>(frame.type()), frame.mimeType().to8Bit(true),
+                             frame.description().to8Bit(true), 0, 0, 0, 0, data.data(), data.size());
+}
+
+struct Decoder : qvc::DecoderBase {
+    mpg123_handle* mpg = nullptr;
+    long rate = 0;
+    int channels = 0;
+    int64_t frames = 0;
+    int64_t position = 0;
+    std::vector<float> block;
+    std::vector<qvc::Tag> tags;
+    std::u16string encoder;
+    bool gapless = false;
+    int bitrate = 0;  // bits per second
+
+    ~Decoder() { Close(); }
+
+    void Close() {
+        if (mpg != nullptr) {
+            mpg123_close(mpg);
+            mpg123_delete(mpg);
+        }
+        mpg = nullptr;
+    }
+    bool Fail(const char* why) {
+        error = qvc::FromAscii(why);
+        Close();
+        return false;
+    }
+
+    void ReadTags(const std::string& path) {
+        tags.clear();
+        TagLib::MPEG::File file(path.c_str(), false);
+        if (!file.isValid()) return;
+        std::vector<std::string> comments;
+        TagLib::PropertyMap properties = file.properties();
+        for (const auto& [key, values] : properties) {
+            for (const TagLib::String& value : values) {
+                comments.push_back(key.to8Bit(true) + "=" + value.to8Bit(true));
+            }
+        }
+        tags = qvc::TagsFromComments(comments);
+        if (TagLib::ID3v2::Tag* id3 = file.ID3v2Tag()) {
+            for (TagLib::ID3v2::Frame* frame : id3->frameList("APIC")) {
+                if (auto* picture = dynamic_cast<TagLib::ID3v2::AttachedPictureFrame*>(frame)) {
+                    tags.push_back({u"picture", u"", PictureBlock(*picture)});
+                }
+            }
+            TagLib::ID3v2::FrameList encoders = id3->frameList("TSSE");
+            if (!encoders.isEmpty()) encoder = qvc::FromBytes(encoders.front()->toString().to8Bit(true));
+        }
+    }
+
+    bool Open(const qv_char* name) {
+        Close();
+        encoder.clear();
+        position = 0;
+        std::string path = qvc::ToUtf8(name);
+        int rc = MPG123_OK;
+        mpg = mpg123_new(nullptr, &rc);
+        if (mpg == nullptr) return Fail("the MP3 decoder can't start");
+        mpg123_param(mpg, MPG123_FLAGS, MPG123_GAPLESS | MPG123_FORCE_FLOAT | MPG123_QUIET, 0.0);
+        mpg123_format_none(mpg);
+        for (long r : {8000L, 11025L, 12000L, 16000L, 22050L, 24000L, 32000L, 44100L, 48000L}) {
+            mpg123_format(mpg, r, MPG123_MONO | MPG123_STEREO, MPG123_ENC_FLOAT_32);
+        }
+        if (mpg123_open(mpg, path.c_str()) != MPG123_OK) return Fail("the file can't be opened");
+        int encoding = 0;
+        if (mpg123_getformat(mpg, &rate, &channels, &encoding) != MPG123_OK || rate <= 0 || channels <= 0) {
+            return Fail("the file is not an MP3 file");
+        }
+        // A full scan gives the exact length, gapless trimming included.
+        if (mpg123_scan(mpg) != MPG123_OK) return Fail("the file is not an MP3 file");
+        off_t length = mpg123_length(mpg);
+        frames = length > 0 ? static_cast<int64_t>(length) : 0;
+        mpg123_frameinfo info{};
+        mpg123_info(mpg, &info);
+        // libmpg123 trims when the file states the delay and padding.
+        long delay = -1;
+        double ignored = 0;
+        gapless = mpg123_getstate(mpg, MPG123_ENC_DELAY, &delay, &ignored) == MPG123_OK && delay >= 0;
+        bitrate = info.vbr == MPG123_CBR ? info.bitrate * 1000 : info.abr_rate * 1000;
+        if (bitrate == 0 && info.bitrate > 0) bitrate = info.bitrate * 1000;
+        ReadTags(path);
+        return true;
+    }
+
+    bool Format(qv_audio_format& format) const {
+        if (mpg == nullptr) return false;
+        format.samplesPerSecond = static_cast<uint32_t>(rate);
+        format.channels = static_cast<uint16_t>(channels);
+        format.validBits = 32;
+        format.sampleType = QV_SAMPLES_FLOAT32;
+        return true;
+    }
+
+    void Facts(qv_stream_facts& facts) const {
+        facts.formatTag = 0x55;  // MPEG layer 3
+        facts.channels = static_cast<uint16_t>(channels);
+        facts.samplesPerSecond = static_cast<uint32_t>(rate);
+        facts.bitsPerSample = 16;
+        facts.blockAlign = static_cast<uint16_t>(2 * channels);
+        facts.bitrate = static_cast<uint32_t>(bitrate);
+        facts.bytesPerSecond = facts.bitrate / 8;
+        facts.lengthMs = rate > 0 ? static_cast<uint64_t>(frames) * 1000 / static_cast<uint64_t>(rate) : 0;
+    }
+
+    std::vector<qvc::Tag> Tags() const { return tags; }
+
+    std::vector<qvc::Tag> Properties() const {
+        std::vector<qvc::Tag> properties = {{u"Audio Quality", u"Lossy", std::string()},
+                                            {u"gapless", gapless ? u"Yes" : u"No", std::string()}};
+        if (!encoder.empty()) properties.push_back({u"Encoder", encoder, std::string()});
+        return properties;
+    }
+
+    int32_t Decode(qv_audio_block* out) {
+        if (mpg == nullptr) return -1;
+        if (position >= frames && frames > 0) return 0;
+        const size_t want = 8192 * static_cast<size_t>(channels);
+        block.resize(want);
+        size_t done = 0;
+        int rc = mpg123_read(mpg, reinterpret_cast<unsigned char*>(block.data()), want * sizeof(float), &done);
+        if (rc == MPG123_NEW_FORMAT) rc = MPG123_OK;  // the format is fixed above
+        if (rc != MPG123_OK && rc != MPG123_DONE) {
+            error = qvc::FromBytes(mpg123_strerror(mpg));
+            return -1;
+        }
+        size_t samples = done / sizeof(float);
+        if (samples == 0) {
+            if (rc == MPG123_DONE) return 0;
+            return Decode(out);
+        }
+        out->samples = block.data();
+        out->frames = static_cast<uint32_t>(samples / static_cast<size_t>(channels));
+        out->position = static_cast<uint64_t>(position);
+        position += out->frames;
+        out->flags = rc == MPG123_DONE ? QV_BLOCK_LAST : 0;
+        return 1;
+    }
+
+    bool Rewind(uint64_t frame) {
+        if (mpg == nullptr || mpg123_seek(mpg, static_cast<off_t>(frame), SEEK_SET) < 0) return false;
+        position = static_cast<int64_t>(frame);
+        return true;
+    }
+};
+
+struct Listed {
+    const char* extension;
+    const char* description;
+};
+const Listed kDecodes[] = {{".mp3", "MP3"}, {".mp2", "MPEG Layer II"}, {".mp1", "MPEG Layer I"}};
+
+}  // namespace
+
+#include "codecs/common/decoderexports.h"
