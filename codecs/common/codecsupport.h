@@ -225,7 +225,16 @@ inline void PackSamples(const void* samples, size_t count, const SampleLayout& l
 
 // What the uncompressed encoders share: the open output, the layout, the
 // texts they answer with, and the writing of audio blocks.
-struct UncompressedWriter {
+// What every encoder keeps for its answers.
+struct EncoderBase {
+    Answer text1;
+    Answer text2;
+    Answer page;  // the option string a settings page was shown with
+    std::u16string error;
+    Answer errorAnswer;
+};
+
+struct UncompressedWriter : EncoderBase {
     UncompressedWriter() = default;
     ~UncompressedWriter() {
         if (file != nullptr) std::fclose(file);
@@ -239,10 +248,6 @@ struct UncompressedWriter {
     uint32_t rate = 0;
     uint64_t dataBytes = 0;
     std::string buffer;
-    Answer text1;
-    Answer page;  // the option string a settings page was shown with
-    std::u16string error;
-    Answer errorAnswer;
 
     bool Fail(const char* why) {
         error = FromAscii(why);
@@ -304,6 +309,53 @@ struct DecoderBase {
     std::vector<std::u16string> deleted;  // tag names left out, lower case
 };
 
+struct Tag {
+    std::u16string name;
+    std::u16string value;
+    std::string binary;
+};
+
+// What the decoders of lossy formats share: float audio of a known
+// layout, facts from the stream's bitrate and length, and a properties
+// block that says "Lossy". `channels` is 0 while no file is open.
+struct LossyDecoderBase : DecoderBase {
+    uint16_t formatTag = 0;
+    int channels = 0;
+    uint32_t rate = 0;
+    int64_t frames = 0;
+    int64_t position = 0;
+    int64_t bitrate = 0;  // bits per second
+    bool gapless = true;
+    std::u16string encoder;
+    std::vector<Tag> tags;
+
+    bool Format(qv_audio_format& format) const {
+        if (channels == 0) return false;
+        format.samplesPerSecond = rate;
+        format.channels = static_cast<uint16_t>(channels);
+        format.validBits = 32;
+        format.sampleType = QV_SAMPLES_FLOAT32;
+        return true;
+    }
+    void Facts(qv_stream_facts& facts) const {
+        facts.formatTag = formatTag;
+        facts.channels = static_cast<uint16_t>(channels);
+        facts.samplesPerSecond = rate;
+        facts.bitsPerSample = 16;
+        facts.blockAlign = static_cast<uint16_t>(2 * channels);
+        facts.bitrate = static_cast<uint32_t>(std::clamp<int64_t>(bitrate, 0, UINT32_MAX));
+        facts.bytesPerSecond = facts.bitrate / 8;
+        facts.lengthMs = rate > 0 ? static_cast<uint64_t>(frames) * 1000 / rate : 0;
+    }
+    std::vector<Tag> Tags() const { return tags; }
+    std::vector<Tag> Properties() const {
+        std::vector<Tag> properties = {{u"Audio Quality", u"Lossy", std::string()},
+                                       {u"gapless", gapless ? u"Yes" : u"No", std::string()}};
+        if (!encoder.empty()) properties.push_back({u"Encoder", encoder, std::string()});
+        return properties;
+    }
+};
+
 inline void PutBe32(std::string& out, uint32_t value) {
     for (int i = 3; i >= 0; --i) out.push_back(static_cast<char>((value >> (8 * i)) & 0xFF));
 }
@@ -326,11 +378,50 @@ inline std::string PictureBlock(uint32_t type, const std::string& mime, const st
     return out;
 }
 
-struct Tag {
-    std::u16string name;
-    std::u16string value;
-    std::string binary;
+// The fields of a picture block (as PictureBlock writes it); false when
+// the block is damaged. `data` points into `block`.
+struct Picture {
+    uint32_t type = 0;
+    std::string mime;
+    std::string description;
+    uint32_t width = 0, height = 0, depth = 0, colors = 0;
+    const char* data = nullptr;
+    size_t size = 0;
 };
+
+inline uint32_t Be32At(const std::string& bytes, size_t at) {
+    if (at + 4 > bytes.size()) return 0;
+    return (static_cast<uint32_t>(static_cast<unsigned char>(bytes[at])) << 24) |
+           (static_cast<uint32_t>(static_cast<unsigned char>(bytes[at + 1])) << 16) |
+           (static_cast<uint32_t>(static_cast<unsigned char>(bytes[at + 2])) << 8) |
+           static_cast<unsigned char>(bytes[at + 3]);
+}
+
+inline bool ParsePicture(const std::string& block, Picture& picture) {
+    size_t at = 0;
+    picture.type = Be32At(block, at);
+    uint32_t mimeLength = Be32At(block, at + 4);
+    at += 8;
+    if (at > block.size() || mimeLength > block.size() - at) return false;
+    picture.mime = block.substr(at, mimeLength);
+    at += mimeLength;
+    uint32_t descriptionLength = Be32At(block, at);
+    at += 4;
+    if (at > block.size() || descriptionLength > block.size() - at) return false;
+    picture.description = block.substr(at, descriptionLength);
+    at += descriptionLength;
+    if (at + 20 > block.size()) return false;
+    picture.width = Be32At(block, at);
+    picture.height = Be32At(block, at + 4);
+    picture.depth = Be32At(block, at + 8);
+    picture.colors = Be32At(block, at + 12);
+    uint32_t length = Be32At(block, at + 16);
+    at += 20;
+    if (length > block.size() - at) return false;
+    picture.data = block.data() + at;
+    picture.size = length;
+    return true;
+}
 
 inline void PutU32(std::string& out, uint32_t value) {
     for (int i = 0; i < 4; ++i) out.push_back(static_cast<char>((value >> (8 * i)) & 0xFF));

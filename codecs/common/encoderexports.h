@@ -3,11 +3,13 @@
 // anonymous namespace:
 //   struct Encoder  with Begin (which also fills in acceptedTypes and the
 //                   depth it wants), Encode and End, a destructor that
-//                   closes what is open, and `text1`, `page`, `error` and
-//                   `errorAnswer`
+//                   closes what is open, and `text1`, `text2`, `page`, `error`
+//                   and `errorAnswer`
 //   kExtension      the extension its files get
 //   kLossless       whether it keeps every sample
 //   EstimatedSize   the expected size of a file of that length and facts
+//   kRequiredEffect the effect ("Name=settings") its format needs ahead of
+//                   it, or null
 #pragma once
 
 #include <new>
@@ -37,6 +39,16 @@ QV_EXPORT int32_t ENC_Get(uint64_t handle, const qv_char* key, qv_query_record* 
     if (qvc::KeyIs(key, "IsLossless")) {
         record->estimate = kLossless ? 1 : 0;
         return kLossless ? 1 : 0;
+    }
+    if (qvc::KeyIs(key, "NoMultiCPU")) {
+        // Every encoder of this project runs one file per process, so any
+        // number of them may run at once.
+        return 0;
+    }
+    if (qvc::KeyIs(key, "RequiresDSP")) {
+        if (kRequiredEffect == nullptr) return 0;
+        record->text2 = self->text2.Set(kRequiredEffect);
+        return 1;
     }
     if (qvc::KeyIs(key, "GetEstimatedFileSize")) {
         record->estimate = EstimatedSize(record->lengthMs, static_cast<const qv_stream_facts*>(record->facts));

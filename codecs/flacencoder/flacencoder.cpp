@@ -21,48 +21,25 @@ namespace {
 
 constexpr uint32_t kPadding = 8192;
 
-uint32_t Be32At(const std::string& bytes, size_t at) {
-    if (at + 4 > bytes.size()) return 0;
-    return (static_cast<uint32_t>(static_cast<unsigned char>(bytes[at])) << 24) |
-           (static_cast<uint32_t>(static_cast<unsigned char>(bytes[at + 1])) << 16) |
-           (static_cast<uint32_t>(static_cast<unsigned char>(bytes[at + 2])) << 8) |
-           static_cast<unsigned char>(bytes[at + 3]);
-}
-
 // A picture block from the binary of a "picture" tag; null when damaged.
 FLAC__StreamMetadata* PictureFrom(const std::string& block) {
-    size_t at = 0;
-    uint32_t type = Be32At(block, at);
-    uint32_t mimeLength = Be32At(block, at + 4);
-    at += 8;
-    if (mimeLength > block.size() - std::min(block.size(), at)) return nullptr;
-    std::string mime = block.substr(at, mimeLength);
-    at += mimeLength;
-    uint32_t descriptionLength = Be32At(block, at);
-    at += 4;
-    if (descriptionLength > block.size() - std::min(block.size(), at)) return nullptr;
-    std::string description = block.substr(at, descriptionLength);
-    at += descriptionLength;
-    if (at + 20 > block.size()) return nullptr;
-    uint32_t width = Be32At(block, at), height = Be32At(block, at + 4), depth = Be32At(block, at + 8),
-             colors = Be32At(block, at + 12), length = Be32At(block, at + 16);
-    at += 20;
-    if (length > block.size() - at) return nullptr;
+    qvc::Picture parsed;
+    if (!qvc::ParsePicture(block, parsed)) return nullptr;
     FLAC__StreamMetadata* picture = FLAC__metadata_object_new(FLAC__METADATA_TYPE_PICTURE);
     if (picture == nullptr) return nullptr;
-    picture->data.picture.type = static_cast<FLAC__StreamMetadata_Picture_Type>(type <= 20 ? type : 0);
-    picture->data.picture.width = width;
-    picture->data.picture.height = height;
-    picture->data.picture.depth = depth;
-    picture->data.picture.colors = colors;
-    std::vector<char> mimeText(mime.begin(), mime.end());
+    picture->data.picture.type = static_cast<FLAC__StreamMetadata_Picture_Type>(parsed.type <= 20 ? parsed.type : 0);
+    picture->data.picture.width = parsed.width;
+    picture->data.picture.height = parsed.height;
+    picture->data.picture.depth = parsed.depth;
+    picture->data.picture.colors = parsed.colors;
+    std::vector<char> mimeText(parsed.mime.begin(), parsed.mime.end());
     mimeText.push_back('\0');
-    std::vector<FLAC__byte> descriptionText(description.begin(), description.end());
+    std::vector<FLAC__byte> descriptionText(parsed.description.begin(), parsed.description.end());
     descriptionText.push_back(0);
     if (!FLAC__metadata_object_picture_set_mime_type(picture, mimeText.data(), true) ||
         !FLAC__metadata_object_picture_set_description(picture, descriptionText.data(), true) ||
-        !FLAC__metadata_object_picture_set_data(
-            picture, reinterpret_cast<FLAC__byte*>(const_cast<char*>(block.data() + at)), length, true)) {
+        !FLAC__metadata_object_picture_set_data(picture, reinterpret_cast<FLAC__byte*>(const_cast<char*>(parsed.data)),
+                                                static_cast<FLAC__uint32>(parsed.size), true)) {
         FLAC__metadata_object_delete(picture);
         return nullptr;
     }
@@ -94,17 +71,13 @@ void DeleteBlocks(std::vector<FLAC__StreamMetadata*>& blocks) {
     blocks.clear();
 }
 
-struct Encoder {
+struct Encoder : qvc::EncoderBase {
     FLAC__StreamEncoder* flac = nullptr;
     std::vector<FLAC__StreamMetadata*> metadata;
     std::string path;
     uint32_t channels = 0;
     uint32_t bits = 16;
     std::vector<FLAC__int32> buffer;
-    qvc::Answer text1;
-    qvc::Answer page;
-    std::u16string error;
-    qvc::Answer errorAnswer;
 
     ~Encoder() { Drop(); }
 
@@ -227,6 +200,7 @@ struct Encoder {
 
 constexpr const char* kExtension = ".flac";
 constexpr bool kLossless = true;
+constexpr const char* kRequiredEffect = nullptr;
 // About 58 % of the PCM size for music at the usual levels.
 uint64_t EstimatedSize(uint64_t lengthMs, const qv_stream_facts* facts) {
     uint64_t perSecond = facts != nullptr ? facts->bytesPerSecond : 0;

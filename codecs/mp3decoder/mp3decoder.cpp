@@ -25,17 +25,9 @@ std::string PictureBlock(const TagLib::ID3v2::AttachedPictureFrame& frame) {
                              frame.description().to8Bit(true), 0, 0, 0, 0, data.data(), data.size());
 }
 
-struct Decoder : qvc::DecoderBase {
+struct Decoder : qvc::LossyDecoderBase {
     mpg123_handle* mpg = nullptr;
-    long rate = 0;
-    int channels = 0;
-    int64_t frames = 0;
-    int64_t position = 0;
     std::vector<float> block;
-    std::vector<qvc::Tag> tags;
-    std::u16string encoder;
-    bool gapless = false;
-    int bitrate = 0;  // bits per second
 
     ~Decoder() { Close(); }
 
@@ -45,6 +37,7 @@ struct Decoder : qvc::DecoderBase {
             mpg123_delete(mpg);
         }
         mpg = nullptr;
+        channels = 0;
     }
     bool Fail(const char* why) {
         error = qvc::FromAscii(why);
@@ -90,7 +83,9 @@ struct Decoder : qvc::DecoderBase {
         }
         if (mpg123_open(mpg, path.c_str()) != MPG123_OK) return Fail("the file can't be opened");
         int encoding = 0;
-        if (mpg123_getformat(mpg, &rate, &channels, &encoding) != MPG123_OK || rate <= 0 || channels <= 0) {
+        long mpgRate = 0;
+        int mpgChannels = 0;
+        if (mpg123_getformat(mpg, &mpgRate, &mpgChannels, &encoding) != MPG123_OK || mpgRate <= 0 || mpgChannels <= 0) {
             return Fail("the file is not an MP3 file");
         }
         // A full scan gives the exact length, gapless trimming included.
@@ -106,36 +101,10 @@ struct Decoder : qvc::DecoderBase {
         bitrate = info.vbr == MPG123_CBR ? info.bitrate * 1000 : info.abr_rate * 1000;
         if (bitrate == 0 && info.bitrate > 0) bitrate = info.bitrate * 1000;
         ReadTags(path);
+        formatTag = 0x55;  // MPEG layer 3
+        rate = static_cast<uint32_t>(mpgRate);
+        channels = mpgChannels;
         return true;
-    }
-
-    bool Format(qv_audio_format& format) const {
-        if (mpg == nullptr) return false;
-        format.samplesPerSecond = static_cast<uint32_t>(rate);
-        format.channels = static_cast<uint16_t>(channels);
-        format.validBits = 32;
-        format.sampleType = QV_SAMPLES_FLOAT32;
-        return true;
-    }
-
-    void Facts(qv_stream_facts& facts) const {
-        facts.formatTag = 0x55;  // MPEG layer 3
-        facts.channels = static_cast<uint16_t>(channels);
-        facts.samplesPerSecond = static_cast<uint32_t>(rate);
-        facts.bitsPerSample = 16;
-        facts.blockAlign = static_cast<uint16_t>(2 * channels);
-        facts.bitrate = static_cast<uint32_t>(bitrate);
-        facts.bytesPerSecond = facts.bitrate / 8;
-        facts.lengthMs = rate > 0 ? static_cast<uint64_t>(frames) * 1000 / static_cast<uint64_t>(rate) : 0;
-    }
-
-    std::vector<qvc::Tag> Tags() const { return tags; }
-
-    std::vector<qvc::Tag> Properties() const {
-        std::vector<qvc::Tag> properties = {{u"Audio Quality", u"Lossy", std::string()},
-                                            {u"gapless", gapless ? u"Yes" : u"No", std::string()}};
-        if (!encoder.empty()) properties.push_back({u"Encoder", encoder, std::string()});
-        return properties;
     }
 
     int32_t Decode(qv_audio_block* out) {

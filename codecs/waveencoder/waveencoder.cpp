@@ -141,6 +141,7 @@ struct Encoder : qvc::UncompressedWriter {
 
 constexpr const char* kExtension = ".wav";
 constexpr bool kLossless = true;
+constexpr const char* kRequiredEffect = nullptr;
 uint64_t EstimatedSize(uint64_t lengthMs, const qv_stream_facts* facts) {
     return qvc::UncompressedWriter::SizeOf(lengthMs, facts, 44);
 }

@@ -1,0 +1,107 @@
+// Decoder "Opus", on libopusfile: 32-bit float at 48 kHz (the rate Opus
+// always decodes at) in WAVE channel order. The pre-skip of the header and
+// the end trimming of the last granule position are honoured, so a file
+// made from N samples at 48 kHz decodes to N samples. Tags from the
+// comments (see vorbiscomments.h), pictures from METADATA_BLOCK_PICTURE.
+// A chained file whose links change the channel count is refused when the
+// change is reached. No options.
+#include <opusfile.h>
+
+#include <string>
+#include <vector>
+
+#include "codecs/common/oggsupport.h"
+
+namespace {
+
+struct Decoder : qvc::LossyDecoderBase {
+    OggOpusFile* opus = nullptr;
+    std::vector<float> block;
+
+    ~Decoder() { Close(); }
+
+    void Close() {
+        if (opus != nullptr) op_free(opus);
+        opus = nullptr;
+        channels = 0;
+    }
+    bool Fail(const char* why) {
+        error = qvc::FromAscii(why);
+        Close();
+        return false;
+    }
+
+    bool Open(const qv_char* name) {
+        Close();
+        position = 0;
+        int rc = 0;
+        opus = op_open_file(qvc::ToUtf8(name).c_str(), &rc);
+        if (opus == nullptr) {
+            return Fail(rc == OP_EFAULT || rc == OP_EREAD ? "the file can't be read"
+                        : rc == OP_ENOTFORMAT             ? "the file is not an Opus file"
+                                                          : "the Opus headers are damaged");
+        }
+        const OpusHead* head = op_head(opus, -1);
+        if (head == nullptr || head->channel_count < 1 || head->channel_count > 8) {
+            return Fail("the stream has a channel count that can't be played");
+        }
+        formatTag = 0x704F;  // Opus
+        rate = 48000;
+        channels = head->channel_count;
+        ogg_int64_t total = op_pcm_total(opus, -1);
+        frames = total > 0 ? total : 0;
+        bitrate = op_bitrate(opus, -1);
+        std::vector<std::string> comments;
+        encoder.clear();
+        if (const OpusTags* t = op_tags(opus, -1)) {
+            if (t->vendor != nullptr) encoder = qvc::FromBytes(t->vendor);
+            for (int i = 0; i < t->comments; ++i) {
+                comments.emplace_back(t->user_comments[i], static_cast<size_t>(t->comment_lengths[i]));
+            }
+        }
+        tags = qvc::TagsFromOggComments(comments);
+        return true;
+    }
+
+    int32_t Decode(qv_audio_block* out) {
+        if (opus == nullptr) return -1;
+        block.resize(5760 * static_cast<size_t>(channels));  // 120 ms, the longest packet
+        int link = 0;
+        int got = 0;
+        do {
+            got = op_read_float(opus, block.data(), static_cast<int>(block.size()), &link);
+        } while (got == OP_HOLE);  // a gap in the pages: the audio goes on after it
+        if (got < 0) {
+            error = u"the stream is damaged";
+            return -1;
+        }
+        if (got == 0) return 0;
+        if (op_channel_count(opus, link) != channels) {
+            error = u"a chained stream changes its channel count";
+            return -1;
+        }
+        qvc::ReorderChannels(block.data(), static_cast<size_t>(got), channels, true);
+        out->samples = block.data();
+        out->frames = static_cast<uint32_t>(got);
+        out->position = static_cast<uint64_t>(position);
+        position += got;
+        out->flags = frames > 0 && position >= frames ? QV_BLOCK_LAST : 0;
+        return 1;
+    }
+
+    bool Rewind(uint64_t frame) {
+        if (opus == nullptr || op_pcm_seek(opus, static_cast<ogg_int64_t>(frame)) != 0) return false;
+        position = static_cast<int64_t>(frame);
+        return true;
+    }
+};
+
+struct Listed {
+    const char* extension;
+    const char* description;
+};
+const Listed kDecodes[] = {{".opus", "Opus"}};
+
+}  // namespace
+
+#include "codecs/common/decoderexports.h"

@@ -1,0 +1,130 @@
+// Decoder "Ogg Vorbis", on libvorbisfile: 32-bit float in WAVE channel
+// order, the exact length the stream's last granule position states.
+// Tags from the Vorbis comments (see vorbiscomments.h), pictures from
+// METADATA_BLOCK_PICTURE. A chained file whose links change the rate or
+// the channel count is refused when the change is reached. No options.
+#include <vorbis/vorbisfile.h>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "codecs/common/oggsupport.h"
+
+namespace {
+
+size_t ReadFile(void* to, size_t size, size_t count, void* file) {
+    return std::fread(to, size, count, static_cast<FILE*>(file));
+}
+int SeekFile(void* file, ogg_int64_t offset, int whence) {
+#ifdef _WIN32
+    return _fseeki64(static_cast<FILE*>(file), offset, whence);
+#else
+    return fseeko(static_cast<FILE*>(file), static_cast<off_t>(offset), whence);
+#endif
+}
+int CloseFile(void* file) { return std::fclose(static_cast<FILE*>(file)); }
+long TellFile(void* file) { return static_cast<long>(qvc::Tell(static_cast<FILE*>(file))); }
+
+struct Decoder : qvc::LossyDecoderBase {
+    OggVorbis_File vorbis{};
+    bool open = false;
+    std::vector<float> block;
+
+    ~Decoder() { Close(); }
+
+    void Close() {
+        if (open) ov_clear(&vorbis);
+        open = false;
+        channels = 0;
+    }
+    bool Fail(const char* why) {
+        error = qvc::FromAscii(why);
+        Close();
+        return false;
+    }
+
+    bool Open(const qv_char* name) {
+        Close();
+        position = 0;
+        FILE* file = qvc::OpenFile(name, "rb");
+        if (file == nullptr) return Fail("the file can't be opened");
+        ov_callbacks callbacks = {ReadFile, SeekFile, CloseFile, TellFile};
+        int rc = ov_open_callbacks(file, &vorbis, nullptr, 0, callbacks);
+        if (rc != 0) {
+            std::fclose(file);
+            return Fail(rc == OV_ENOTVORBIS ? "the file is not an Ogg Vorbis file"
+                        : rc == OV_EREAD    ? "the file can't be read"
+                                            : "the Vorbis headers are damaged");
+        }
+        open = true;
+        vorbis_info* info = ov_info(&vorbis, -1);
+        if (info == nullptr || info->channels < 1 || info->channels > 8 || info->rate <= 0) {
+            return Fail("the stream has a channel count or rate that can't be played");
+        }
+        formatTag = 0x674F;  // Ogg Vorbis
+        channels = info->channels;
+        rate = static_cast<uint32_t>(info->rate);
+        ogg_int64_t total = ov_pcm_total(&vorbis, -1);
+        frames = total > 0 ? total : 0;
+        bitrate = ov_bitrate(&vorbis, -1);
+        if (bitrate <= 0) bitrate = info->bitrate_nominal;
+        std::vector<std::string> comments;
+        encoder.clear();
+        if (vorbis_comment* vc = ov_comment(&vorbis, -1)) {
+            if (vc->vendor != nullptr) encoder = qvc::FromBytes(vc->vendor);
+            for (int i = 0; i < vc->comments; ++i) {
+                comments.emplace_back(vc->user_comments[i], static_cast<size_t>(vc->comment_lengths[i]));
+            }
+        }
+        tags = qvc::TagsFromOggComments(comments);
+        return true;
+    }
+
+    int32_t Decode(qv_audio_block* out) {
+        if (!open) return -1;
+        float** planes = nullptr;
+        int link = 0;
+        long got = 0;
+        do {
+            got = ov_read_float(&vorbis, &planes, 4096, &link);
+        } while (got == OV_HOLE);  // a gap in the pages: the audio goes on after it
+        if (got < 0) {
+            error = u"the stream is damaged";
+            return -1;
+        }
+        if (got == 0) return 0;
+        vorbis_info* info = ov_info(&vorbis, link);
+        if (info == nullptr || info->channels != channels || info->rate != static_cast<long>(rate)) {
+            error = u"a chained stream changes its rate or channel count";
+            return -1;
+        }
+        block.resize(static_cast<size_t>(got) * static_cast<size_t>(channels));
+        for (long f = 0; f < got; ++f) {
+            for (int c = 0; c < channels; ++c) block[static_cast<size_t>(f * channels + c)] = planes[c][f];
+        }
+        qvc::ReorderChannels(block.data(), static_cast<size_t>(got), channels, true);
+        out->samples = block.data();
+        out->frames = static_cast<uint32_t>(got);
+        out->position = static_cast<uint64_t>(position);
+        position += got;
+        out->flags = frames > 0 && position >= frames ? QV_BLOCK_LAST : 0;
+        return 1;
+    }
+
+    bool Rewind(uint64_t frame) {
+        if (!open || ov_pcm_seek(&vorbis, static_cast<ogg_int64_t>(frame)) != 0) return false;
+        position = static_cast<int64_t>(frame);
+        return true;
+    }
+};
+
+struct Listed {
+    const char* extension;
+    const char* description;
+};
+const Listed kDecodes[] = {{".ogg", "Ogg Vorbis"}, {".oga", "Ogg Vorbis"}};
+
+}  // namespace
+
+#include "codecs/common/decoderexports.h"

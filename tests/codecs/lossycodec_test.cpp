@@ -1,0 +1,236 @@
+// The lossy encoders and decoders ("MP3 (Lame)", "Ogg Vorbis", "Opus")
+// against the reference tools, and tags over every pair of the tagged
+// formats: what a file made by `flac` carries reaches every output and
+// comes back, as `metaflac` reads it, after a second conversion.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "foundation/utf.h"
+#include "tests/codecs/codectest.h"
+#include "tests/codecs/wavefiles.h"
+
+namespace {
+
+// 16-bit audio with `channels` channels in which only `loud` carries a
+// tone (all channels when `loud` is negative).
+std::string Tone(size_t frames, int channels, int loud = -1) {
+    std::string out;
+    for (size_t i = 0; i < frames; ++i) {
+        auto v = static_cast<int16_t>(8000 * std::sin(static_cast<double>(i) * 0.05));
+        for (int c = 0; c < channels; ++c) Le(out, static_cast<uint16_t>(loud < 0 || loud == c ? v : 0), 2);
+    }
+    return out;
+}
+
+// The energy of each channel of 16-bit interleaved samples.
+std::vector<double> Energies(const std::string& data, int channels) {
+    std::vector<double> energy(static_cast<size_t>(channels));
+    for (size_t i = 0; i + 1 < data.size(); i += 2) {
+        auto v =
+            static_cast<int16_t>(static_cast<unsigned char>(data[i]) | (static_cast<unsigned char>(data[i + 1]) << 8));
+        energy[(i / 2) % static_cast<size_t>(channels)] += static_cast<double>(v) * v;
+    }
+    return energy;
+}
+
+std::vector<std::string> SortedLines(const std::string& text) {
+    std::vector<std::string> lines;
+    size_t start = 0;
+    while (start < text.size()) {
+        size_t end = text.find('\n', start);
+        if (end == std::string::npos) end = text.size();
+        if (end > start) lines.push_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    std::sort(lines.begin(), lines.end());
+    return lines;
+}
+
+struct Format {
+    const char16_t* encoder;
+    const char16_t* extension;
+};
+const Format kTagged[] = {{u"FLAC", u".flac"}, {u"MP3 (Lame)", u".mp3"}, {u"Ogg Vorbis", u".ogg"}, {u"Opus", u".opus"}};
+
+class LossyCodec : public CodecTest {
+protected:
+    // Decodes `file` with the worker to 16-bit WAVE; the data chunk.
+    std::string Decoded(const char16_t* file) {
+        std::u16string log = Convert(file, u"decoded.wav", u"Wave", u"-bits=16");
+        EXPECT_NE(log.find(u"PCDone: 100"), std::u16string::npos) << std::string(log.begin(), log.end());
+        return FindChunk(ReadBytes(dir.File(u"decoded.wav")), "data");
+    }
+    std::string Reference(const char16_t* program, std::initializer_list<clString> words) {
+        Tool(program, words);
+        return FindChunk(ReadBytes(dir.File(u"ref.wav")), "data");
+    }
+};
+
+}  // namespace
+
+TEST_F(LossyCodec, OurEncodingsKeepTheExactLengthForOurAndTheReferenceDecoders) {
+    for (size_t frames : {48000u * 2 + 123u, 960u * 5u}) {
+        ASSERT_TRUE(WriteBytes(dir.File(u"in.wav"), Riff(FormatBody(1, 2, 48000, 2, 16, false), Tone(frames, 2))));
+        const size_t bytes = frames * 2 * 2;
+        ASSERT_NE(Convert(u"in.wav", u"out.mp3", u"MP3 (Lame)").find(u"PCDone: 100"), std::u16string::npos);
+        EXPECT_EQ(Reference(u"/usr/bin/mpg123",
+                            {clString(u"-q"), clString(u"-w"), dir.File(u"ref.wav"), dir.File(u"out.mp3")})
+                      .size(),
+                  bytes);
+        EXPECT_EQ(Decoded(u"out.mp3").size(), bytes) << frames;
+
+        ASSERT_NE(Convert(u"in.wav", u"out.ogg", u"Ogg Vorbis").find(u"PCDone: 100"), std::u16string::npos);
+        std::string reference = Reference(
+            u"/usr/bin/oggdec", {clString(u"-Q"), clString(u"-o"), dir.File(u"ref.wav"), dir.File(u"out.ogg")});
+        EXPECT_EQ(reference.size(), bytes);
+        EXPECT_EQ(Decoded(u"out.ogg"), reference) << frames;
+
+        ASSERT_NE(Convert(u"in.wav", u"out.opus", u"Opus").find(u"PCDone: 100"), std::u16string::npos);
+        EXPECT_EQ(Reference(u"/usr/bin/opusdec", {clString(u"--quiet"), clString(u"--rate"), clString(u"48000"),
+                                                  dir.File(u"out.opus"), dir.File(u"ref.wav")})
+                      .size(),
+                  bytes);
+        EXPECT_EQ(Decoded(u"out.opus").size(), bytes) << frames;
+    }
+}
+
+TEST_F(LossyCodec, ReferenceEncodingsDecodeToTheirLengthAndSamples) {
+    const size_t frames = 44100 + 777;
+    ASSERT_TRUE(WriteBytes(dir.File(u"in.wav"), Riff(FormatBody(1, 2, 44100, 2, 16, false), Tone(frames, 2))));
+    Tool(u"/usr/bin/oggenc",
+         {clString(u"-Q"), clString(u"-q5"), clString(u"-o"), dir.File(u"ref.ogg"), dir.File(u"in.wav")});
+    std::string reference =
+        Reference(u"/usr/bin/oggdec", {clString(u"-Q"), clString(u"-o"), dir.File(u"ref.wav"), dir.File(u"ref.ogg")});
+    EXPECT_EQ(reference.size(), frames * 4);
+    EXPECT_EQ(Decoded(u"ref.ogg"), reference);
+    // Opus codes at 48 kHz: the length follows the rate.
+    ASSERT_TRUE(WriteBytes(dir.File(u"in48.wav"), Riff(FormatBody(1, 2, 48000, 2, 16, false), Tone(frames, 2))));
+    Tool(u"/usr/bin/opusenc", {clString(u"--quiet"), clString(u"--bitrate"), clString(u"128"), dir.File(u"in48.wav"),
+                               dir.File(u"ref.opus")});
+    EXPECT_EQ(Decoded(u"ref.opus").size(), frames * 4);
+}
+
+TEST_F(LossyCodec, SurroundChannelsKeepTheirPlaces) {
+    // Vorbis and Opus store 5.1 as L C R BL BR LFE; the program's order is
+    // L R C LFE BL BR. A tone in one channel must come back in that one.
+    for (const Format& format : {kTagged[2], kTagged[3]}) {
+        for (int loud : {1, 2, 3}) {
+            ASSERT_TRUE(WriteBytes(dir.File(u"in.wav"),
+                                   Riff(FormatBody(1, 6, 48000, 2, 16, true, 0x3F), Tone(48000, 6, loud))));
+            std::u16string out = std::u16string(u"out") + format.extension;
+            ASSERT_NE(Convert(u"in.wav", out.c_str(), format.encoder).find(u"PCDone: 100"), std::u16string::npos);
+            std::vector<double> energy = Energies(Decoded(out.c_str()), 6);
+            size_t largest = static_cast<size_t>(std::max_element(energy.begin(), energy.end()) - energy.begin());
+            EXPECT_EQ(largest, static_cast<size_t>(loud)) << std::u16string(format.encoder).size();
+        }
+    }
+}
+
+TEST_F(LossyCodec, TagsAndThePictureSurviveEveryPairOfFormats) {
+    ASSERT_TRUE(WriteBytes(dir.File(u"in.wav"), Riff(FormatBody(1, 2, 44100, 2, 16, false), Tone(22050, 2))));
+    std::string picture = "\x89PNG\r\n\x1a\n";
+    for (int i = 0; i < 3000; ++i) picture.push_back(static_cast<char>(i * 7));
+    ASSERT_TRUE(WriteBytes(dir.File(u"cover.png"), picture));
+    const char* const fields[] = {"ARTIST=First Artist",
+                                  "ARTIST=Second Artist",
+                                  "ALBUM=Album \xC3\xA9t\xC3\xA9",
+                                  "ALBUMARTIST=Various",
+                                  "TITLE=A Title",
+                                  "TRACKNUMBER=3",
+                                  "TRACKTOTAL=12",
+                                  "DISCNUMBER=1",
+                                  "DISCTOTAL=2",
+                                  "DATE=2021",
+                                  "GENRE=Ambient",
+                                  "COMPOSER=Composer",
+                                  "COMPILATION=1",
+                                  "ARTISTSORT=Artist, First",
+                                  "ALBUMSORT=Album",
+                                  "TITLESORT=Title, A",
+                                  "ALBUMARTISTSORT=Various",
+                                  "COMPOSERSORT=Composer",
+                                  "CONDUCTOR=Conductor",
+                                  "COMMENT=A comment",
+                                  "LYRICS=Some words",
+                                  "BPM=120",
+                                  "LABEL=Label",
+                                  "ISRC=GBAYE0000001",
+                                  "COPYRIGHT=2021 Someone",
+                                  "MOOD=Calm",
+                                  "SUBTITLE=Sub",
+                                  "MYFIELD=kept as it is"};
+    clStringList arguments;
+    arguments.Add(clString(u"--silent"));
+    for (const char* field : fields) {
+        clString value;
+        Utf8ToString(field, static_cast<int64_t>(std::string(field).size()), value);
+        arguments.Add(clString(u"--tag=", value.text));
+    }
+    arguments.Add(clString(u"--picture=3|image/png|cover|1x1x24|", dir.File(u"cover.png").text));
+    arguments.Add(clString(u"-o"));
+    arguments.Add(dir.File(u"master.flac"));
+    arguments.Add(dir.File(u"in.wav"));
+    int exitCode = -1;
+    ASSERT_TRUE(PlatformRunProcess(clString(u"/usr/bin/flac"), arguments, dir.File(u"tool.log"), &exitCode));
+    ASSERT_EQ(exitCode, 0) << ReadBytes(dir.File(u"tool.log"));
+
+    auto exported = [this](const clString& flac, std::string& pictureBytes) {
+        Tool(u"/usr/bin/metaflac", {clString(u"--export-tags-to=", dir.File(u"tags.txt").text),
+                                    clString(u"--export-picture-to=", dir.File(u"picture.bin").text), flac});
+        pictureBytes = ReadBytes(dir.File(u"picture.bin"));
+        return SortedLines(ReadBytes(dir.File(u"tags.txt")));
+    };
+    std::string masterPicture;
+    std::vector<std::string> master = exported(dir.File(u"master.flac"), masterPicture);
+    ASSERT_EQ(master.size(), sizeof fields / sizeof fields[0]);
+    ASSERT_EQ(masterPicture, picture);
+
+    for (const Format& first : kTagged) {
+        std::u16string middle = std::u16string(u"first") + first.extension;
+        ASSERT_NE(Convert(u"master.flac", middle.c_str(), first.encoder).find(u"PCDone: 100"), std::u16string::npos);
+        for (const Format& second : kTagged) {
+            std::u16string last = std::u16string(u"second") + second.extension;
+            std::u16string log = Convert(middle.c_str(), last.c_str(), second.encoder);
+            ASSERT_NE(log.find(u"PCDone: 100"), std::u16string::npos) << std::string(log.begin(), log.end());
+            ASSERT_NE(Convert(last.c_str(), u"check.flac", u"FLAC").find(u"PCDone: 100"), std::u16string::npos);
+            std::string pictureBytes;
+            std::vector<std::string> tags = exported(dir.File(u"check.flac"), pictureBytes);
+            std::string pair =
+                std::string(first.extension, first.extension + std::u16string(first.extension).size()) + " to " +
+                std::string(second.extension, second.extension + std::u16string(second.extension).size());
+            EXPECT_EQ(tags, master) << pair;
+            EXPECT_EQ(pictureBytes, picture) << pair;
+        }
+    }
+}
+
+TEST_F(LossyCodec, DamagedFilesFailWithALineAndNoOutput) {
+    ASSERT_TRUE(WriteBytes(dir.File(u"in.wav"), Riff(FormatBody(1, 2, 48000, 2, 16, false), Tone(48000, 2))));
+    for (const Format& format : {kTagged[2], kTagged[3]}) {
+        std::u16string good = std::u16string(u"good") + format.extension;
+        ASSERT_NE(Convert(u"in.wav", good.c_str(), format.encoder).find(u"PCDone: 100"), std::u16string::npos);
+        std::string bytes = ReadBytes(dir.File(good.c_str()));
+        std::u16string bad = std::u16string(u"bad") + format.extension;
+        // Text, nothing, only the headers, and a stream whose pages are
+        // overwritten half way.
+        std::string corrupt = bytes;
+        for (size_t i = corrupt.size() / 2; i < corrupt.size(); i += 7)
+            corrupt[i] = static_cast<char>(corrupt[i] ^ 0x5A);
+        for (const std::string& content : {std::string(3000, 't'), std::string(), bytes.substr(0, 200), corrupt}) {
+            ASSERT_TRUE(WriteBytes(dir.File(bad.c_str()), content));
+            ASSERT_TRUE(WriteBytes(dir.File(u"decoded.wav"), ""));
+            std::u16string log = Convert(bad.c_str(), u"decoded.wav", u"Wave");
+            // A damaged page in the middle is skipped by the Ogg layer; any
+            // other fault fails the file.
+            if (content.size() != corrupt.size()) {
+                EXPECT_NE(log.find(std::u16string(dir.File(bad.c_str()).text)), std::u16string::npos)
+                    << content.size() << ": " << std::string(log.begin(), log.end());
+                EXPECT_TRUE(ReadBytes(dir.File(u"decoded.wav")).empty());
+            }
+        }
+    }
+}
