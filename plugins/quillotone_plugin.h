@@ -203,7 +203,8 @@ typedef struct qv_begin_record {
     const void* tags;
     uint32_t tagsSize;
     qv_audio_format* format;
-    uint8_t reserved[8];
+    uint32_t batchId; /* the worker's -batchid; 0 from the front end */
+    uint8_t reserved[4];
 } qv_begin_record;
 
 /* ENC_BeginConversion. */
@@ -279,6 +280,7 @@ QV_CHECK_LAYOUT(qv_begin_record, facts, 24);
 QV_CHECK_LAYOUT(qv_begin_record, tags, 32);
 QV_CHECK_LAYOUT(qv_begin_record, tagsSize, 40);
 QV_CHECK_LAYOUT(qv_begin_record, format, 44);
+QV_CHECK_LAYOUT(qv_begin_record, batchId, 52);
 QV_STATIC_ASSERT(sizeof(qv_encoder_begin_record) == 76, "encoder begin record");
 QV_CHECK_LAYOUT(qv_encoder_begin_record, tagsSize, 48);
 QV_CHECK_LAYOUT(qv_encoder_begin_record, totalFrames, 52);

@@ -146,6 +146,7 @@ bool Conversion::BeginEffects(size_t first, bool live) {
         begin.tags = tags.data();
         begin.tagsSize = static_cast<uint32_t>(tags.size());
         begin.format = &effect.out;
+        begin.batchId = command.batchId;
         if (effect.dsp.BeginConversion(effect.dsp.instance, &begin, effect.settings.c_str()) == 0) {
             report.Error(WithCause(u"Effect '" + effect.name + u"' could not start on " + Quoted(command.inFile),
                                    LastError(effect.dsp)));

@@ -356,6 +356,38 @@ struct LossyDecoderBase : DecoderBase {
     }
 };
 
+// What every effect keeps, and the calls an effect has no use for: it
+// defines its own to replace them.
+struct EffectBase {
+    Answer page;  // the settings a settings page was shown with
+    std::u16string error;
+    Answer errorAnswer;
+    std::string finalTags;  // answered under "Tags" after the end
+    bool hasFinalTags = false;
+
+    bool Fail(const char* why) {
+        error = FromAscii(why);
+        return false;
+    }
+    // Hands every block on as it came.
+    int32_t Pass(const qv_audio_block* in, qv_audio_block* out) {
+        if (in == nullptr) return 0;
+        *out = *in;
+        return 1;
+    }
+    bool Analyse(const qv_audio_block&) { return true; }
+    bool End() { return true; }
+    bool After(const qv_after_record&) { return true; }
+    bool BatchEnd(const qv_batch_end_record&) { return false; }
+};
+
+// Makes a link of the chain float: what the effect takes and gives.
+inline void UseFloat(qv_audio_format& format) {
+    format.acceptedTypes = QV_SAMPLES_FLOAT32;
+    format.sampleType = QV_SAMPLES_FLOAT32;
+    format.validBits = 32;
+}
+
 inline void PutBe32(std::string& out, uint32_t value) {
     for (int i = 3; i >= 0; --i) out.push_back(static_cast<char>((value >> (8 * i)) & 0xFF));
 }
