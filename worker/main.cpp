@@ -4,8 +4,10 @@
 // once the cancel event is set.
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <cstdio>
 #include <exception>
+#include <mutex>
 #include <string>
 #include <thread>
 
@@ -67,26 +69,33 @@ public:
         thread = std::thread([this] { Loop(); });
     }
     ~Supervision() {
-        done.store(true);
+        {
+            std::lock_guard<std::mutex> lock(mutex);
+            done = true;
+        }
+        wake.notify_one();  // a finished conversion need not wait out a pause
         thread.join();
     }
 
 private:
     void Loop() {
         auto lastBeat = std::chrono::steady_clock::time_point();
-        while (!done.load()) {
+        std::unique_lock<std::mutex> lock(mutex);
+        while (!done) {
             if (quit.handle != 0 && quit.IsSet()) cancel.store(true);
             auto now = std::chrono::steady_clock::now();
             if (watchdog.handle != 0 && now - lastBeat >= std::chrono::seconds(1)) {
                 watchdog.Set();
                 lastBeat = now;
             }
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            wake.wait_for(lock, std::chrono::milliseconds(50), [this] { return done; });
         }
     }
 
     std::atomic<bool>& cancel;
-    std::atomic<bool> done{false};
+    std::mutex mutex;
+    std::condition_variable wake;
+    bool done = false;  // under `mutex`
     XEvent quit;
     XEvent watchdog;
     std::thread thread;

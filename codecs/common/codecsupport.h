@@ -209,6 +209,27 @@ inline void PackSamples(const void* samples, size_t count, const SampleLayout& l
     const auto* in = static_cast<const uint32_t*>(samples);  // float bits or integers alike
     const int64_t half =
         !layout.isFloat && layout.streamBits > bytes * 8 && bytes < 4 ? int64_t{1} << (31 - bytes * 8) : 0;
+    // The common cases in tight loops: little-endian float as it is, and
+    // 16 or 24 bits that need no rounding.
+    if (!bigEndian && layout.isFloat) {
+        std::memcpy(p, in, count * 4);
+        return;
+    }
+    if (!bigEndian && half == 0 && bytes == 2) {
+        for (size_t i = 0; i < count; ++i, p += 2) {
+            p[0] = static_cast<char>((in[i] >> 16) & 0xFF);
+            p[1] = static_cast<char>(in[i] >> 24);
+        }
+        return;
+    }
+    if (!bigEndian && half == 0 && bytes == 3) {
+        for (size_t i = 0; i < count; ++i, p += 3) {
+            p[0] = static_cast<char>((in[i] >> 8) & 0xFF);
+            p[1] = static_cast<char>((in[i] >> 16) & 0xFF);
+            p[2] = static_cast<char>(in[i] >> 24);
+        }
+        return;
+    }
     for (size_t i = 0; i < count; ++i) {
         uint32_t u = in[i];
         if (!layout.isFloat) {
@@ -327,6 +348,7 @@ struct LossyDecoderBase : DecoderBase {
     int64_t bitrate = 0;  // bits per second
     bool gapless = true;
     std::u16string encoder;
+    std::u16string encoderSettings;
     std::vector<Tag> tags;
 
     bool Format(qv_audio_format& format) const {
@@ -352,6 +374,7 @@ struct LossyDecoderBase : DecoderBase {
         std::vector<Tag> properties = {{u"Audio Quality", u"Lossy", std::string()},
                                        {u"gapless", gapless ? u"Yes" : u"No", std::string()}};
         if (!encoder.empty()) properties.push_back({u"Encoder", encoder, std::string()});
+        if (!encoderSettings.empty()) properties.push_back({u"Encoder Settings", encoderSettings, std::string()});
         return properties;
     }
 };

@@ -72,10 +72,13 @@ struct Decoder : qvc::DecoderBase {
         const int shift = 32 - static_cast<int>(self->bits);
         size_t base = self->pending.size();
         self->pending.resize(base + static_cast<size_t>(count) * self->channels);
-        for (uint32_t i = 0; i < count; ++i) {
-            for (uint32_t c = 0; c < self->channels; ++c) {
-                self->pending[base + static_cast<size_t>(i) * self->channels + c] =
-                    static_cast<int32_t>(static_cast<uint32_t>(buffer[c][i]) << shift);
+        int32_t* out = self->pending.data() + base;
+        const uint32_t channels = self->channels;
+        for (uint32_t c = 0; c < channels; ++c) {
+            const FLAC__int32* in = buffer[c];
+            int32_t* to = out + c;
+            for (uint32_t i = 0; i < count; ++i, to += channels) {
+                *to = static_cast<int32_t>(static_cast<uint32_t>(in[i]) << shift);
             }
         }
         return FLAC__STREAM_DECODER_WRITE_STATUS_CONTINUE;

@@ -46,19 +46,38 @@ FLAC__StreamMetadata* PictureFrom(const std::string& block) {
     return picture;
 }
 
-// The Vorbis comment and picture blocks for a tag block; the caller owns them.
-std::vector<FLAC__StreamMetadata*> TagBlocks(const void* tagBlock, size_t size) {
+// A FLAC metadata block states its length in 24 bits.
+constexpr size_t kLargestBlock = (1u << 24) - 1;
+
+// The Vorbis comment and picture blocks for a tag block; the caller owns
+// them. A tag too large for the format empties the list and names itself
+// in `fault`.
+std::vector<FLAC__StreamMetadata*> TagBlocks(const void* tagBlock, size_t size, std::string& fault) {
     std::vector<FLAC__StreamMetadata*> blocks;
     std::vector<qvc::Tag> tags = qvc::ReadTagBlock(tagBlock, size);
-    FLAC__StreamMetadata* comments = FLAC__metadata_object_new(FLAC__METADATA_TYPE_VORBIS_COMMENT);
-    if (comments == nullptr) return blocks;
-    for (const std::string& comment : qvc::CommentsFromTags(tags)) {
+    size_t commentBytes = 0;
+    std::vector<std::string> comments = qvc::CommentsFromTags(tags);
+    for (const std::string& comment : comments) commentBytes += comment.size() + 4;
+    if (commentBytes > kLargestBlock) {
+        fault = "the tags add up to more than the 16 MB a FLAC file can hold";
+        return blocks;
+    }
+    for (const qvc::Tag& tag : tags) {
+        if (qvc::LowerTag(tag.name) == u"picture" && tag.binary.size() > kLargestBlock) {
+            fault = "a picture of " + std::to_string(tag.binary.size() >> 20) +
+                    " MB is larger than the 16 MB a FLAC file can hold";
+            return blocks;
+        }
+    }
+    FLAC__StreamMetadata* vorbis = FLAC__metadata_object_new(FLAC__METADATA_TYPE_VORBIS_COMMENT);
+    if (vorbis == nullptr) return blocks;
+    for (const std::string& comment : comments) {
         FLAC__StreamMetadata_VorbisComment_Entry entry;
         entry.length = static_cast<FLAC__uint32>(comment.size());
         entry.entry = reinterpret_cast<FLAC__byte*>(const_cast<char*>(comment.data()));
-        FLAC__metadata_object_vorbiscomment_append_comment(comments, entry, true);
+        FLAC__metadata_object_vorbiscomment_append_comment(vorbis, entry, true);
     }
-    blocks.push_back(comments);
+    blocks.push_back(vorbis);
     for (const qvc::Tag& tag : tags) {
         if (qvc::LowerTag(tag.name) != u"picture" || tag.binary.empty()) continue;
         if (FLAC__StreamMetadata* picture = PictureFrom(tag.binary)) blocks.push_back(picture);
@@ -117,7 +136,13 @@ struct Encoder : qvc::EncoderBase {
         FLAC__stream_encoder_set_compression_level(flac, static_cast<uint32_t>(level));
         FLAC__stream_encoder_set_verify(flac, verify);
         if (record.totalFrames != 0) FLAC__stream_encoder_set_total_samples_estimate(flac, record.totalFrames);
-        metadata = TagBlocks(record.tags, record.tagsSize);
+        std::string fault;
+        metadata = TagBlocks(record.tags, record.tagsSize, fault);
+        if (!fault.empty()) {
+            error = qvc::FromBytes(fault);
+            Drop();
+            return false;
+        }
         FLAC__StreamMetadata* padding = FLAC__metadata_object_new(FLAC__METADATA_TYPE_PADDING);
         if (padding != nullptr) {
             padding->length = kPadding;
@@ -163,7 +188,12 @@ struct Encoder : qvc::EncoderBase {
                     FLAC__metadata_iterator_delete_block(it, true);
                 }
             } while (FLAC__metadata_iterator_next(it));
-            std::vector<FLAC__StreamMetadata*> blocks = TagBlocks(tagBlock, size);
+            std::string fault;
+            std::vector<FLAC__StreamMetadata*> blocks = TagBlocks(tagBlock, size, fault);
+            if (!fault.empty()) {
+                error = qvc::FromBytes(fault);
+                ok = false;
+            }
             FLAC__metadata_iterator_init(it, chain);  // behind STREAMINFO
             for (FLAC__StreamMetadata* block : blocks) {
                 if (ok && FLAC__metadata_iterator_insert_block_after(it, block)) continue;
@@ -191,8 +221,9 @@ struct Encoder : qvc::EncoderBase {
                             ? "verification found a difference in the encoded audio"
                             : "the output file can't be finished (is the disk full?)");
         }
+        error.clear();
         if (record.tags != nullptr && !RewriteTags(record.tags, record.tagsSize)) {
-            return Fail("the final tags can't be written");
+            return !error.empty() ? false : Fail("the final tags can't be written");
         }
         return true;
     }

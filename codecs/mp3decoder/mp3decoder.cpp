@@ -10,6 +10,7 @@
 #include <taglib/tpropertymap.h>
 
 #include <algorithm>
+#include <cstring>
 #include <new>
 #include <string>
 #include <vector>
@@ -45,6 +46,31 @@ struct Decoder : qvc::LossyDecoderBase {
         return false;
     }
 
+    // The encoder that the Xing/Info frame names ("LAME3.100"), when the
+    // file has no tag that names one. The frame is the first after any
+    // ID3v2 tag.
+    void ReadEncoderName(const std::string& path) {
+        FILE* file = std::fopen(path.c_str(), "rb");
+        if (file == nullptr) return;
+        unsigned char id3[10] = {};
+        uint64_t audioStart = 0;
+        if (std::fread(id3, 1, 10, file) == 10 && std::memcmp(id3, "ID3", 3) == 0) {
+            audioStart =
+                10 + ((id3[6] & 0x7Fu) << 21 | (id3[7] & 0x7Fu) << 14 | (id3[8] & 0x7Fu) << 7 | (id3[9] & 0x7Fu));
+            if ((id3[5] & 0x10) != 0) audioStart += 10;  // a footer
+        }
+        std::string head(4096, '\0');
+        head.resize(qvc::Seek(file, audioStart) ? std::fread(head.data(), 1, head.size(), file) : 0);
+        std::fclose(file);
+        size_t xing = head.find("Xing");
+        if (xing == std::string::npos) xing = head.find("Info");
+        size_t lame = xing == std::string::npos ? std::string::npos : head.find("LAME", xing);
+        if (lame == std::string::npos || lame > xing + 200) return;
+        std::string name;
+        for (size_t i = lame; i < head.size() && i < lame + 9 && head[i] > ' ' && head[i] < 127; ++i) name += head[i];
+        encoder = qvc::FromBytes(name);
+    }
+
     void ReadTags(const std::string& path) {
         tags.clear();
         TagLib::MPEG::File file(path.c_str(), false);
@@ -71,6 +97,7 @@ struct Decoder : qvc::LossyDecoderBase {
     bool Open(const qv_char* name) {
         Close();
         encoder.clear();
+        encoderSettings.clear();
         position = 0;
         std::string path = qvc::ToUtf8(name);
         int rc = MPG123_OK;
@@ -100,7 +127,11 @@ struct Decoder : qvc::LossyDecoderBase {
         gapless = mpg123_getstate(mpg, MPG123_ENC_DELAY, &delay, &ignored) == MPG123_OK && delay >= 0;
         bitrate = info.vbr == MPG123_CBR ? info.bitrate * 1000 : info.abr_rate * 1000;
         if (bitrate == 0 && info.bitrate > 0) bitrate = info.bitrate * 1000;
+        // What the stream tells of how it was made: its bitrate mode.
+        std::string mode = info.vbr == MPG123_CBR ? "CBR" : info.vbr == MPG123_ABR ? "ABR" : "VBR";
+        encoderSettings = qvc::FromBytes(mode + " " + std::to_string(bitrate / 1000) + " kbit/s");
         ReadTags(path);
+        if (encoder.empty()) ReadEncoderName(path);
         formatTag = 0x55;  // MPEG layer 3
         rate = static_cast<uint32_t>(mpgRate);
         channels = mpgChannels;

@@ -78,6 +78,12 @@ struct Decoder : qvc::LossyDecoderBase {
             }
         }
         tags = qvc::TagsFromOggComments(comments);
+        // The encoding tools name themselves and their options in comments.
+        encoderSettings.clear();
+        for (const qvc::Tag& tag : tags) {
+            if (tag.name == u"encoder") encoder = tag.value;
+            if (tag.name == u"encoder_options") encoderSettings = tag.value;
+        }
         return true;
     }
 

@@ -19,6 +19,8 @@
 
 namespace {
 
+constexpr size_t kLargestHeaderComments = 1 << 20;
+
 struct Encoder : qvc::EncoderBase {
     FILE* file = nullptr;
     std::string path;
@@ -101,10 +103,20 @@ struct Encoder : qvc::EncoderBase {
                                    static_cast<float>(quality / 10.0)) != 0) {
             return Fail("libvorbis can't encode this rate and channel count at this quality");
         }
-        beginTags.assign(static_cast<const char*>(record.tags), record.tagsSize);
-        for (const std::string& line : qvc::OggCommentsFromTags(qvc::ReadTagBlock(record.tags, record.tagsSize))) {
-            size_t equals = line.find('=');
-            vorbis_comment_add_tag(&comment, line.substr(0, equals).c_str(), line.substr(equals + 1).c_str());
+        std::vector<std::string> lines = qvc::OggCommentsFromTags(qvc::ReadTagBlock(record.tags, record.tagsSize));
+        size_t commentBytes = 0;
+        for (const std::string& line : lines) commentBytes += line.size();
+        // libvorbis grows its header packet a few hundred bytes at a time,
+        // which costs time by the square of the size: large tags (a big
+        // picture) are left to TagLib at the end instead.
+        if (commentBytes <= kLargestHeaderComments) {
+            beginTags.assign(static_cast<const char*>(record.tags), record.tagsSize);
+            for (const std::string& line : lines) {
+                size_t equals = line.find('=');
+                vorbis_comment_add_tag(&comment, line.substr(0, equals).c_str(), line.substr(equals + 1).c_str());
+            }
+        } else {
+            beginTags = qvc::WriteTagBlock({});
         }
         vorbis_analysis_init(&dsp, &info);
         vorbis_block_init(&dsp, &block);

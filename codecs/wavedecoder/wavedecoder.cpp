@@ -407,16 +407,23 @@ struct Decoder : qvc::DecoderBase {
         } else {
             ints.resize(sampleCount);
             const uint32_t keep = bits >= 32 ? 0xFFFFFFFFu : ~((1u << (32 - bits)) - 1);
-            for (size_t i = 0; i < sampleCount; ++i, p += container_bytes) {
-                uint32_t u = 0;
-                for (int k = 0; k < container_bytes; ++k) {
-                    unsigned char byte = bigEndian ? p[k] : p[container_bytes - 1 - k];
-                    u = (u << 8) | byte;
+            if (!bigEndian && container_bytes == 2 && bits == 16) {  // the common case, in a tight loop
+                for (size_t i = 0; i < sampleCount; ++i, p += 2) {
+                    ints[i] =
+                        static_cast<int32_t>((static_cast<uint32_t>(p[0]) << 16) | (static_cast<uint32_t>(p[1]) << 24));
                 }
-                u <<= 8 * (4 - container_bytes);
-                // 8-bit WAVE data is unsigned; everything else is signed.
-                if (container_bytes == 1 && container != Container::Aiff) u ^= 0x80000000u;
-                ints[i] = static_cast<int32_t>(u & keep);
+            } else {
+                for (size_t i = 0; i < sampleCount; ++i, p += container_bytes) {
+                    uint32_t u = 0;
+                    for (int k = 0; k < container_bytes; ++k) {
+                        unsigned char byte = bigEndian ? p[k] : p[container_bytes - 1 - k];
+                        u = (u << 8) | byte;
+                    }
+                    u <<= 8 * (4 - container_bytes);
+                    // 8-bit WAVE data is unsigned; everything else is signed.
+                    if (container_bytes == 1 && container != Container::Aiff) u ^= 0x80000000u;
+                    ints[i] = static_cast<int32_t>(u & keep);
+                }
             }
             block->samples = ints.data();
         }

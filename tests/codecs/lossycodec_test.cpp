@@ -9,7 +9,9 @@
 #include <string>
 #include <vector>
 
+#include "codecs/common/codecsupport.h"
 #include "foundation/utf.h"
+#include "plugins/xdll.h"
 #include "tests/codecs/codectest.h"
 #include "tests/codecs/wavefiles.h"
 
@@ -231,6 +233,112 @@ TEST_F(LossyCodec, DamagedFilesFailWithALineAndNoOutput) {
                     << content.size() << ": " << std::string(log.begin(), log.end());
                 EXPECT_TRUE(ReadBytes(dir.File(u"decoded.wav")).empty());
             }
+        }
+    }
+}
+
+namespace {
+
+void SyncSafe(std::string& out, size_t value) {
+    for (int shift = 21; shift >= 0; shift -= 7) out.push_back(static_cast<char>((value >> shift) & 0x7F));
+}
+
+std::string Id3Frame(const char* id, const std::string& content) {
+    std::string frame = id;
+    SyncSafe(frame, content.size());
+    frame += std::string(2, '\0');
+    return frame + content;
+}
+
+}  // namespace
+
+TEST_F(LossyCodec, HugeTagsAndPicturesConvertOrFailClearly) {
+    ASSERT_TRUE(WriteBytes(dir.File(u"in.wav"), Riff(FormatBody(1, 2, 44100, 2, 16, false), Tone(44100, 2))));
+    Tool(u"/usr/bin/lame", {clString(u"--quiet"), clString(u"-V5"), dir.File(u"in.wav"), dir.File(u"plain.mp3")});
+    // ID3v2.4: a text of 1 MB and a front cover of 50 MB.
+    std::string frames =
+        Id3Frame("TIT2", std::string("\x03") + "Title") +
+        Id3Frame("TXXX", std::string("\x03") + "BIG" + '\0' + std::string(1 << 20, 'b')) +
+        Id3Frame("APIC", std::string("\x00", 1) + "image/png" + '\0' + "\x03" + '\0' + std::string(50 << 20, 'p'));
+    std::string tag = "ID3\x04";
+    tag += std::string(2, '\0');
+    SyncSafe(tag, frames.size());
+    ASSERT_TRUE(WriteBytes(dir.File(u"huge.mp3"), tag + frames + ReadBytes(dir.File(u"plain.mp3"))));
+
+    std::u16string log = Convert(u"huge.mp3", u"out.mp3", u"MP3 (Lame)");
+    EXPECT_NE(log.find(u"PCDone: 100"), std::u16string::npos) << std::string(log.begin(), log.end());
+    EXPECT_GT(ReadBytes(dir.File(u"out.mp3")).size(), size_t{51} << 20);  // the picture came along
+    log = Convert(u"huge.mp3", u"out.ogg", u"Ogg Vorbis");
+    EXPECT_NE(log.find(u"PCDone: 100"), std::u16string::npos) << std::string(log.begin(), log.end());
+    EXPECT_GT(ReadBytes(dir.File(u"out.ogg")).size(), size_t{66} << 20);  // in base64
+    // FLAC states a block's length in 24 bits: the file fails, saying why.
+    log = Convert(u"huge.mp3", u"out.flac", u"FLAC");
+    EXPECT_NE(log.find(u"larger than the 16 MB a FLAC file can hold"), std::u16string::npos)
+        << std::string(log.begin(), log.end());
+    EXPECT_TRUE(ReadBytes(dir.File(u"out.flac")).empty());
+}
+
+TEST_F(LossyCodec, PropertiesTellTheQualityAndTheEncoder) {
+    ASSERT_TRUE(WriteBytes(dir.File(u"in.wav"), Riff(FormatBody(1, 2, 48000, 2, 16, false), Tone(48000, 2))));
+    Tool(u"/usr/bin/opusenc",
+         {clString(u"--quiet"), clString(u"--bitrate"), clString(u"96"), dir.File(u"in.wav"), dir.File(u"ref.opus")});
+    Tool(u"/usr/bin/lame",
+         {clString(u"--quiet"), clString(u"-b"), clString(u"128"), dir.File(u"in.wav"), dir.File(u"ref.mp3")});
+    Tool(u"/usr/bin/flac", {clString(u"-s"), clString(u"-o"), dir.File(u"ref.flac"), dir.File(u"in.wav")});
+    struct Case {
+        const char16_t* library;
+        const char16_t* file;
+        const char16_t* quality;
+        const char16_t* settings;  // part of "Encoder Settings", or null when it has none
+    } cases[] = {{u"Opus", u"ref.opus", u"Lossy", u"--bitrate 96"},
+                 {u"MP3", u"ref.mp3", u"Lossy", u"CBR 128 kbit/s"},
+                 {u"FLAC", u"ref.flac", u"Lossless", nullptr}};
+    for (const Case& c : cases) {
+        clQvDecoder decoder;
+        clString library = JoinPath(JoinPath(GetFolderPart(BinPath(u"ConvertWorker")), clString(u"decoder")),
+                                    clString(c.library, u".so"));
+        ASSERT_TRUE(decoder.Bind(library.text));
+        qv_log_record noLog{};
+        ASSERT_TRUE(decoder.CreateInstance(&noLog));
+        clString path = dir.File(c.file);
+        qv_open_record record{};
+        record.fileName = path.text;
+        record.request = QV_OPEN_REQUEST;
+        ASSERT_EQ(decoder.Open(decoder.instance, &record), 1);
+        std::vector<qvc::Tag> properties = qvc::ReadTagBlock(record.extra, record.extraSize);
+        auto value = [&properties](const std::u16string& name) {
+            for (const qvc::Tag& tag : properties) {
+                if (tag.name == name) return tag.value;
+            }
+            return std::u16string(u"(none)");
+        };
+        EXPECT_EQ(value(u"Audio Quality"), c.quality);
+        EXPECT_NE(value(u"Encoder"), u"(none)");
+        if (c.settings != nullptr) {
+            EXPECT_NE(value(u"Encoder Settings").find(c.settings), std::u16string::npos)
+                << std::string(value(u"Encoder Settings").begin(), value(u"Encoder Settings").end());
+        }
+        decoder.Close(decoder.instance);
+    }
+}
+
+TEST_F(LossyCodec, EveryPairOfFormatsConverts) {
+    // 48 kHz, so that Opus keeps the length too; each lossy step may only
+    // add the encoder's padding, which a gapless format takes off again.
+    const size_t frames = 48000 + 321;
+    ASSERT_TRUE(WriteBytes(dir.File(u"in.wav"), Riff(FormatBody(1, 2, 48000, 2, 16, false), Tone(frames, 2))));
+    const Format all[] = {{u"Wave", u".wav"},       {u"AIFF", u".aif"},       {u"FLAC", u".flac"},
+                          {u"MP3 (Lame)", u".mp3"}, {u"Ogg Vorbis", u".ogg"}, {u"Opus", u".opus"}};
+    for (const Format& first : all) {
+        std::u16string middle = std::u16string(u"first") + first.extension;
+        ASSERT_NE(Convert(u"in.wav", middle.c_str(), first.encoder).find(u"PCDone: 100"), std::u16string::npos);
+        for (const Format& second : all) {
+            std::u16string last = std::u16string(u"second") + second.extension;
+            std::u16string log = Convert(middle.c_str(), last.c_str(), second.encoder);
+            EXPECT_NE(log.find(u"PCDone: 100"), std::u16string::npos) << std::string(log.begin(), log.end());
+            EXPECT_EQ(Decoded(last.c_str()).size(), frames * 4)
+                << std::string(first.extension, first.extension + std::u16string(first.extension).size()) << " to "
+                << std::string(second.extension, second.extension + std::u16string(second.extension).size());
         }
     }
 }
