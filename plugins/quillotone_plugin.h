@@ -56,8 +56,10 @@
  *  4. Two passes: an effect that answers DSP_Get "TwoPass" gets an
  *     analysis pass first: the file is decoded through the effects before
  *     it (normally) and its blocks go to DSP_PassNonLive, which produces
- *     nothing. Then the effects before it are ended and begun again, the
- *     decoder is rewound with SetPosition(0), and the live pass follows.
+ *     nothing. Then the effects before it are ended, every effect is
+ *     begun again (the analysed one then knows its measurement is
+ *     complete), the decoder is rewound with SetPosition(0), and the live
+ *     pass follows.
  *     Several such effects get one analysis pass each, in chain order.
  *  5. Live pass: DecodeBlock until it answers 0; each block goes through
  *     DSP_PassAudioBlock of every effect and then to ENC_EncodeBlock. An

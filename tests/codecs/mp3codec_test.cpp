@@ -60,3 +60,28 @@ TEST_F(Mp3Codec, NotAnMp3Fails) {
     log = Convert(u"empty.mp3", u"out.wav", u"Wave");
     EXPECT_NE(log.find(u"Unable to open source file"), std::u16string::npos);
 }
+
+TEST_F(Mp3Codec, CutAndCorruptedStreamsEndWithoutHangOrCrash) {
+    ASSERT_TRUE(WriteBytes(dir.File(u"in.wav"), Riff(FormatBody(1, 2, 44100, 2, 16, false), Tone(44100 * 2))));
+    ASSERT_EQ(
+        Tool(u"/usr/bin/lame", {clString(u"--quiet"), clString(u"-V2"), dir.File(u"in.wav"), dir.File(u"in.mp3")}), 0);
+    std::string good = ReadBytes(dir.File(u"in.mp3"));
+    std::string corrupt = good;
+    for (size_t i = good.size() / 3; i < good.size(); i += 11) corrupt[i] = static_cast<char>(corrupt[i] ^ 0x33);
+    // An MP3 stream has no length of its own to break: a cut file is a
+    // shorter stream, and damaged frames are skipped to the next sync.
+    // Either way the file converts or fails with its name, and the worker
+    // ends.
+    for (const std::string& content : {good.substr(0, good.size() / 2), corrupt, good.substr(0, 300)}) {
+        ASSERT_TRUE(WriteBytes(dir.File(u"bad.mp3"), content));
+        std::u16string log = Convert(u"bad.mp3", u"out.wav", u"Wave");
+        bool converted = log.find(u"PCDone: 100") != std::u16string::npos;
+        bool named = log.find(std::u16string(dir.File(u"bad.mp3").text)) != std::u16string::npos;
+        EXPECT_TRUE(converted || named) << content.size() << ": " << std::string(log.begin(), log.end());
+    }
+    // The first half decodes to about half the samples.
+    ASSERT_TRUE(WriteBytes(dir.File(u"bad.mp3"), good.substr(0, good.size() / 2)));
+    Convert(u"bad.mp3", u"out.wav", u"Wave");
+    size_t frames = FindChunk(ReadBytes(dir.File(u"out.wav")), "data").size() / 8;
+    EXPECT_NEAR(static_cast<double>(frames), 44100.0, 4410.0);
+}

@@ -1,0 +1,24 @@
+// The texts the conversion shows while it runs: times in words, the speed
+// of the whole batch, and the examining bar. The locale comes in, so the
+// texts can be tested in any regional format.
+#pragma once
+
+#include <cstdint>
+
+#include "foundation/clstring.h"
+#include "foundation/localeformat.h"
+
+// A duration in words, by its largest unit that isn't 0: "17 Seconds",
+// "1 Minute 30 Seconds", "4 Hours". The next smaller unit follows (even
+// when 0) if `bothUnits` is set or the largest is below 4. 0 gives "".
+clString TimeText(int64_t seconds, bool bothUnits, const clLocaleInfo& locale);
+clString TimeText(int64_t seconds, bool bothUnits);
+
+// Audio time over real time for all slots together: one decimal up to 4
+// ("2.5x Encoding Speed"), whole numbers above ("17x Encoding Speed").
+clString SpeedText(int64_t audioMs, int64_t elapsedMs, const clLocaleInfo& locale);
+clString SpeedText(int64_t audioMs, int64_t elapsedMs);
+
+// The status line while sources are examined: a "+" that walks 20 places
+// as the count grows.
+clString ExaminingText(int64_t examined, int64_t sources);
