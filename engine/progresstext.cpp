@@ -62,3 +62,20 @@ clString ExaminingText(int64_t examined, int64_t sources) {
     text.Append(u"]");
     return text;
 }
+
+int32_t ProgressHundredths(int64_t bytesDone, int64_t totalBytes) {
+    return static_cast<int32_t>(bytesDone * 10000 / (totalBytes == 0 ? 1 : totalBytes));
+}
+
+uint32_t ElapsedMs(uint32_t now, uint32_t startTick, bool paused, uint32_t pauseStart) {
+    uint32_t elapsed = now - startTick;
+    if (paused) elapsed -= now - pauseStart;
+    return elapsed;
+}
+
+int64_t RemainingMs(int64_t elapsedMs, int64_t bytesDone, int64_t totalBytes) {
+    const double done = static_cast<double>(bytesDone) * 100.0 / static_cast<double>(totalBytes == 0 ? 1 : totalBytes);
+    if (done == 0) return -1;
+    int64_t remaining = static_cast<int64_t>(static_cast<double>(elapsedMs) * 100.0 / done) - elapsedMs;
+    return remaining < 0 ? 0 : remaining;
+}

@@ -1,6 +1,7 @@
-// The texts the conversion shows while it runs: times in words, the speed
-// of the whole batch, and the examining bar. The locale comes in, so the
-// texts can be tested in any regional format.
+// What the conversion shows while it runs: times in words, the speed of
+// the whole batch, the examining bar, and the progress numbers behind
+// them. The locale comes in, so the texts can be tested in any regional
+// format.
 #pragma once
 
 #include <cstdint>
@@ -22,3 +23,13 @@ clString SpeedText(int64_t audioMs, int64_t elapsedMs);
 // The status line while sources are examined: a "+" that walks 20 places
 // as the count grows.
 clString ExaminingText(int64_t examined, int64_t sources);
+
+// Overall progress in hundredths of a percent (a total of 0 counts as 1).
+int32_t ProgressHundredths(int64_t bytesDone, int64_t totalBytes);
+
+// Milliseconds of conversion so far: the time since the start, less the
+// time of a pause that is still on (ended pauses move the start).
+uint32_t ElapsedMs(uint32_t now, uint32_t startTick, bool paused, uint32_t pauseStart);
+
+// The time left at the pace so far; -1 while nothing is done.
+int64_t RemainingMs(int64_t elapsedMs, int64_t bytesDone, int64_t totalBytes);

@@ -71,3 +71,17 @@ TEST(ProgressText, TheExaminingMarkWalksTwentyPlaces) {
     EXPECT_EQ(markAt(100, 100), 19);  // never past the last place
     EXPECT_EQ(markAt(0, 0), 0);
 }
+
+TEST(ProgressText, ProgressElapsedAndRemainingFollowTheBytesAndThePauses) {
+    EXPECT_EQ(ProgressHundredths(0, 0), 0);  // files of size 0: stays at 0 until the end
+    EXPECT_EQ(ProgressHundredths(1, 3), 3333);
+    EXPECT_EQ(ProgressHundredths(3, 3), 10000);
+    // A pause that is on holds the elapsed time where it stood.
+    EXPECT_EQ(ElapsedMs(10000, 4000, false, 0), 6000u);
+    EXPECT_EQ(ElapsedMs(15000, 4000, true, 10000), 6000u);
+    EXPECT_EQ(ElapsedMs(5000, 0xFFFFF000u, false, 0), 5000u + 4096u);  // across the wrap
+    // A quarter done in 10 s: 30 s to go.
+    EXPECT_EQ(RemainingMs(10000, 250, 1000), 30000);
+    EXPECT_EQ(RemainingMs(10000, 0, 1000), -1);
+    EXPECT_EQ(RemainingMs(10000, 1000, 1000), 0);
+}
