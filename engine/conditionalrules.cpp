@@ -60,13 +60,6 @@ bool GeneralTest(int32_t test, const clSourceFile& source, const clString& outpu
 
 }  // namespace
 
-clConditionalRules::~clConditionalRules() { Clear(); }
-
-void clConditionalRules::Clear() {
-    for (int64_t i = 0; i < entries.count; ++i) delete entries.At<clConditionalRule>(i);
-    entries.Reset();
-}
-
 bool ParseConditionalRules(const clString& effectString, clConditionalRules& rules) {
     rules.Clear();
     clCommandOptions options;
@@ -88,7 +81,7 @@ bool ParseConditionalRules(const clString& effectString, clConditionalRules& rul
         rule->bitDepth = Number(keys, u"bitdepth");
         rule->general = Number(keys, u"gen");
         needsFacts = needsFacts || rule->bitrate != 0 || rule->frequency != 0 || rule->bitDepth != 0;
-        rules.entries.Add(rule);
+        rules.Add(rule);
     }
     return needsFacts;
 }

@@ -22,17 +22,7 @@ public:
     int32_t general = 0;      // a file test, 1 to 6
 };
 
-class clConditionalRules {
-public:
-    clPointerArray entries;  // of clConditionalRule, owned, in chain order
-    clConditionalRules() = default;
-    ~clConditionalRules();
-    clConditionalRules(const clConditionalRules&) = delete;
-    clConditionalRules& operator=(const clConditionalRules&) = delete;
-    int64_t Count() const { return entries.count; }
-    clConditionalRule& operator[](int64_t index) const { return *entries.At<clConditionalRule>(index); }
-    void Clear();
-};
+using clConditionalRules = clOwningList<clConditionalRule>;
 
 // The rules of every "Conditional Encoding" effect of an effect string, in
 // chain order; true when one of them needs a source's stream facts.

@@ -46,3 +46,25 @@ public:
 private:
     void Grow();
 };
+
+// A list that owns its items: each added item is deleted with the list or
+// by Clear. For the many small record lists built once and read in order.
+template <class T>
+class clOwningList {
+public:
+    clPointerArray entries;  // of T, owned, in order
+
+    clOwningList() = default;
+    ~clOwningList() { Clear(); }
+    clOwningList(const clOwningList&) = delete;
+    clOwningList& operator=(const clOwningList&) = delete;
+
+    int64_t Count() const { return entries.count; }
+    T& operator[](int64_t index) const { return *entries.At<T>(index); }
+    // Takes ownership of `item`.
+    void Add(T* item) { entries.Add(item); }
+    void Clear() {
+        for (int64_t i = 0; i < entries.count; ++i) delete entries.At<T>(i);
+        entries.Reset();
+    }
+};
