@@ -253,6 +253,16 @@ struct EncoderBase {
     Answer page;  // the option string a settings page was shown with
     std::u16string error;
     Answer errorAnswer;
+
+    // Flushes and closes an output file; false, with the reason kept, when
+    // the last of it could not be written.
+    bool CloseOutput(FILE*& out) {
+        bool ok = std::fflush(out) == 0;
+        ok = std::fclose(out) == 0 && ok;
+        out = nullptr;
+        if (!ok) error = FromAscii("the output file can't be finished (is the disk full?)");
+        return ok;
+    }
 };
 
 struct UncompressedWriter : EncoderBase {
@@ -304,10 +314,7 @@ struct UncompressedWriter : EncoderBase {
     }
     // Flushes and closes; false (with the reason kept) on failure.
     bool Finish(bool ok) {
-        if (std::fflush(file) != 0) ok = false;
-        if (std::fclose(file) != 0) ok = false;
-        file = nullptr;
-        return ok || Fail("the output file can't be finished (is the disk full?)");
+        return CloseOutput(file) && (ok || Fail("the output file can't be finished (is the disk full?)"));
     }
 };
 

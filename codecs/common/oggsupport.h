@@ -116,4 +116,26 @@ inline std::vector<std::string> OggCommentsFromTags(const std::vector<Tag>& tags
     return comments;
 }
 
+// Takes an Ogg stream's comment header (a vorbis_comment or an OpusTags:
+// the two libraries lay it out alike) into a decoder's tags, encoder name
+// and encoder settings. The encoding tools name themselves and their
+// options in comments, which win over the library's vendor string.
+template <typename Comments>
+void TakeOggComments(const Comments* header, LossyDecoderBase& decoder) {
+    std::vector<std::string> comments;
+    decoder.encoder.clear();
+    decoder.encoderSettings.clear();
+    if (header != nullptr) {
+        if (header->vendor != nullptr) decoder.encoder = FromBytes(header->vendor);
+        for (int i = 0; i < header->comments; ++i) {
+            comments.emplace_back(header->user_comments[i], static_cast<size_t>(header->comment_lengths[i]));
+        }
+    }
+    decoder.tags = TagsFromOggComments(comments);
+    for (const Tag& tag : decoder.tags) {
+        if (tag.name == u"encoder") decoder.encoder = tag.value;
+        if (tag.name == u"encoder_options") decoder.encoderSettings = tag.value;
+    }
+}
+
 }  // namespace qvc

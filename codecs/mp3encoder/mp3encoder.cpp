@@ -150,9 +150,7 @@ struct Encoder : qvc::EncoderBase {
         }
         lame_close(lame);
         lame = nullptr;
-        bool closed = std::fclose(file) == 0;
-        file = nullptr;
-        if (!closed) return Fail("the output file can't be finished (is the disk full?)");
+        if (!CloseOutput(file)) return false;
         if (record.tags != nullptr) tags = qvc::ReadTagBlock(record.tags, record.tagsSize);
         if (tags.empty()) return true;
         TagLib::MPEG::File mp3(path.c_str(), false);

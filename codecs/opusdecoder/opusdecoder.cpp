@@ -51,21 +51,7 @@ struct Decoder : qvc::LossyDecoderBase {
         ogg_int64_t total = op_pcm_total(opus, -1);
         frames = total > 0 ? total : 0;
         bitrate = op_bitrate(opus, -1);
-        std::vector<std::string> comments;
-        encoder.clear();
-        if (const OpusTags* t = op_tags(opus, -1)) {
-            if (t->vendor != nullptr) encoder = qvc::FromBytes(t->vendor);
-            for (int i = 0; i < t->comments; ++i) {
-                comments.emplace_back(t->user_comments[i], static_cast<size_t>(t->comment_lengths[i]));
-            }
-        }
-        tags = qvc::TagsFromOggComments(comments);
-        // The encoding tools name themselves and their options in comments.
-        encoderSettings.clear();
-        for (const qvc::Tag& tag : tags) {
-            if (tag.name == u"encoder") encoder = tag.value;
-            if (tag.name == u"encoder_options") encoderSettings = tag.value;
-        }
+        qvc::TakeOggComments(op_tags(opus, -1), *this);
         return true;
     }
 

@@ -117,9 +117,7 @@ struct Encoder : qvc::EncoderBase {
         if (ope_encoder_drain(opus) != OPE_OK) return Fail("the output file can't be written (is the disk full?)");
         ope_encoder_destroy(opus);
         opus = nullptr;
-        bool closed = std::fflush(file) == 0 && std::fclose(file) == 0;
-        file = nullptr;
-        if (!closed) return Fail("the output file can't be finished (is the disk full?)");
+        if (!CloseOutput(file)) return false;
         const char* fault = qvc::RewriteOggTags<TagLib::Ogg::Opus::File>(path, beginTags, record.tags, record.tagsSize);
         return fault == nullptr || Fail(fault);
     }

@@ -69,21 +69,7 @@ struct Decoder : qvc::LossyDecoderBase {
         frames = total > 0 ? total : 0;
         bitrate = ov_bitrate(&vorbis, -1);
         if (bitrate <= 0) bitrate = info->bitrate_nominal;
-        std::vector<std::string> comments;
-        encoder.clear();
-        if (vorbis_comment* vc = ov_comment(&vorbis, -1)) {
-            if (vc->vendor != nullptr) encoder = qvc::FromBytes(vc->vendor);
-            for (int i = 0; i < vc->comments; ++i) {
-                comments.emplace_back(vc->user_comments[i], static_cast<size_t>(vc->comment_lengths[i]));
-            }
-        }
-        tags = qvc::TagsFromOggComments(comments);
-        // The encoding tools name themselves and their options in comments.
-        encoderSettings.clear();
-        for (const qvc::Tag& tag : tags) {
-            if (tag.name == u"encoder") encoder = tag.value;
-            if (tag.name == u"encoder_options") encoderSettings = tag.value;
-        }
+        qvc::TakeOggComments(ov_comment(&vorbis, -1), *this);
         return true;
     }
 

@@ -165,10 +165,9 @@ struct Encoder : qvc::EncoderBase {
         while (ogg_stream_flush(&stream, &oggPage) != 0) {
             if (!WritePage(oggPage)) return false;
         }
-        bool closed = std::fflush(file) == 0 && std::fclose(file) == 0;
-        file = nullptr;
+        bool closed = CloseOutput(file);
         Drop();
-        if (!closed) return Fail("the output file can't be finished (is the disk full?)");
+        if (!closed) return false;
         const char* fault =
             qvc::RewriteOggTags<TagLib::Ogg::Vorbis::File>(path, beginTags, record.tags, record.tagsSize);
         return fault == nullptr || Fail(fault);
