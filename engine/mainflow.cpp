@@ -1,5 +1,8 @@
 #include "engine/mainflow.h"
 
+#include <cstdio>
+
+#include "engine/conversion.h"
 #include "engine/conversioninput.h"
 #include "engine/globals.h"
 #include "foundation/bytebuffer.h"
@@ -8,6 +11,7 @@
 #include "foundation/messagebox.h"
 #include "foundation/pathtext.h"
 #include "foundation/platform/processinfo.h"
+#include "foundation/platform/thread.h"
 #include "foundation/settings.h"
 #include "foundation/specialfolder.h"
 #include "foundation/stringlist.h"
@@ -164,5 +168,36 @@ void LoadNamingExtras(const clByteBuffer& block) { globalNamingExtras.LoadBlock(
 bool HandOverToOpenWindow(const clString& /*listFile*/) { return false; }
 void RunOpenFileDialog(clConversionInput& /*input*/) {}
 bool RunOptionsWindow(clConversionInput& /*input*/) { return false; }
-void RunConversionWindow(clConversionInput& /*input*/) {}
+// Until the conversion has a window or a terminal view, it runs unseen and
+// tells its errors on standard error. An interrupt (Ctrl-C) cancels it the
+// way the Cancel button does: running workers are asked to stop, and
+// nothing half-written stays.
+void RunConversionWindow(clConversionInput& input) {
+    PlatformCatchInterrupts();
+    uint32_t interrupts = PlatformInterruptCount();
+    clConversionServices services = clConversionServices::Defaults();
+    services.showLogs = [](const clLogEntries& errors, const clLogEntries& infos) {
+        for (const clLogEntries* log : {&errors, &infos}) {
+            for (int64_t i = 0; i < log->Count(); ++i) {
+                const clLogEntry& entry = (*log)[i];
+                std::fprintf(stderr, "%s\n", clString(entry.sourcePath).ToUtf8());
+                for (int64_t k = 0; k < entry.lines.Count(); ++k) {
+                    std::fprintf(stderr, "    %s\n", clString(entry.lines[k]).ToUtf8());
+                }
+            }
+        }
+    };
+    clConversion conversion(input, services);
+    conversion.Open();
+    while (!conversion.closed) {
+        PlatformSleep(50);
+        if (PlatformInterruptCount() != interrupts) {
+            interrupts = PlatformInterruptCount();
+            conversion.RequestCancel();
+        }
+        conversion.Tick();
+        // Finished without errors: there is nobody to press "Finish".
+        if (conversion.state == kStateFinished && !conversion.closed) conversion.RequestCancel();
+    }
+}
 void InstallCrashCapture(const clString& /*dumpFolder*/) {}

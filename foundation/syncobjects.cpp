@@ -1,14 +1,16 @@
 #include "foundation/syncobjects.h"
 
-bool XEvent::Create(const char16_t* name) {
+bool XEvent::Create(const char16_t* eventName) {
     Close();
-    handle = PlatformCreateEvent(name, &existed);
+    handle = PlatformCreateEvent(eventName, &existed);
+    if (handle != 0) name = eventName;
     return handle != 0;
 }
 
 void XEvent::Close() {
     PlatformCloseSync(handle);
     handle = 0;
+    name.Clear();
 }
 
 bool clMutex::Create(const char16_t* name) {

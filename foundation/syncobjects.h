@@ -9,12 +9,14 @@
 
 #include <cstdint>
 
+#include "foundation/clstring.h"
 #include "foundation/platform/namedobjects.h"
 
 class XEvent {
 public:
     clSyncHandle handle = 0;
     bool existed = false;  // creating it found the name taken
+    clString name;         // the name it was created with; empty when unnamed
 
     XEvent() = default;
     ~XEvent() { Close(); }

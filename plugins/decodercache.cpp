@@ -6,6 +6,7 @@
 #include "foundation/file.h"
 #include "foundation/findfiles.h"
 #include "foundation/pathtext.h"
+#include "foundation/platform/thread.h"
 #include "foundation/settings.h"
 #include "foundation/syncobjects.h"
 #include "plugins/sourcefile.h"
@@ -106,9 +107,11 @@ bool ReadFileFacts(clSourceFile& source, clQvDecoder& decoder) {
     return true;
 }
 
-bool ReadSourcesToLevel(const clPointerArray& sources, uint32_t wantedLevel, const XEvent* stop) {
+bool ReadSourcesToLevel(const clPointerArray& sources, uint32_t wantedLevel, const XEvent* stop,
+                        const std::atomic<bool>* hold) {
     clQvDecoder decoder;
     for (int64_t i = 0; i < sources.count; ++i) {
+        while (hold != nullptr && hold->load() && (stop == nullptr || !stop->IsSet())) PlatformSleep(25);
         if (stop != nullptr && stop->IsSet()) return false;
         clSourceFile& source = *sources.At<clSourceFile>(i);
         std::atomic_ref<uint32_t> level(source.level);

@@ -8,6 +8,8 @@
 // and a hand-edited entry can't point outside the decoder folder.
 #pragma once
 
+#include <atomic>
+
 #include "foundation/clstring.h"
 #include "plugins/quillotone_plugin.h"
 
@@ -35,5 +37,8 @@ clString DecoderFolder();
 // level 2 its facts and tags first (a file no decoder reads keeps none),
 // then its size, then the level itself, published last so another thread
 // that sees the level sees the rest. `stop` (may be null) is tested
-// before every file; false when it ended the walk.
-bool ReadSourcesToLevel(const clPointerArray& sources, uint32_t wantedLevel, const XEvent* stop);
+// before every file; false when it ended the walk. While `hold` (may be
+// null) is set, the walk waits between files: a pause that stops at a
+// safe place, where suspending the thread could stop it holding a lock.
+bool ReadSourcesToLevel(const clPointerArray& sources, uint32_t wantedLevel, const XEvent* stop,
+                        const std::atomic<bool>* hold = nullptr);

@@ -1,5 +1,6 @@
 #include "worker/conversion.h"
 
+#include "foundation/folders.h"
 #include "foundation/pathtext.h"
 #include "foundation/platform/fileio.h"
 #include "foundation/platform/filesystem.h"
@@ -171,6 +172,9 @@ bool Conversion::BeginEncoder() {
     encoderLink = effects.empty() ? sourceFormat : effects.back()->out;
     encoderLink.acceptedTypes = 0;
     qv_audio_format returned = encoderLink;
+    // A naming rule may put the output into folders that don't exist yet;
+    // several workers may make the same one at once, which is no failure.
+    MakeFolders(GetFolderPart(clString(command.outFile.c_str())));
     for (uint64_t unique = 0;; ++unique) {
         temporary = TemporaryPath(command, unique);
         clFileHandle taken = PlatformOpenFile(temporary.c_str(), clAccessWrite, 0, clCreateNew);

@@ -44,9 +44,20 @@ bool PlatformCreateDirectory(const char16_t* path);
 bool PlatformRemoveDirectory(const char16_t* path);
 bool PlatformSetFileAttributes(const char16_t* path, uint32_t attributes);
 // GetDriveTypeW's answer for a root given with its separator; 1 means
-// there is no such root. POSIX: 3 (fixed) when the path names an existing
-// folder, else 1.
+// there is no such root. POSIX: 1 when the path names no existing folder,
+// 5 (CD ROM) when that folder lies on an iso9660 or udf file system or on
+// a read-only mount, else 3 (fixed).
 uint32_t PlatformGetDriveType(const char16_t* root);
+constexpr uint32_t clDriveCdRom = 5;
+// GetLogicalDrives: bit 0 for A: to bit 25 for Z:. POSIX has no drive
+// letters and answers 0.
+uint32_t PlatformGetLogicalDrives();
+// The bytes this user may still write on the volume that holds `path`.
+bool PlatformGetFreeSpace(const char16_t* path, uint64_t* freeBytes);
+// The root of the volume that holds the nearest existing folder of `path`
+// (its mount point on POSIX, "X:\" and the like on Windows), with its
+// trailing separator; false when no folder of the path exists.
+bool PlatformGetVolumeRoot(const char16_t* path, clString& root);
 // The label of the volume that holds `root`; false when it has none.
 // POSIX: the name under /dev/disk/by-label of the block device the path
 // lies on, where udev keeps one.

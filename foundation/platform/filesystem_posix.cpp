@@ -1,10 +1,13 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/statfs.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <cctype>
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <string>
 
@@ -253,9 +256,54 @@ bool PlatformSetFileAttributes(const char16_t* path, uint32_t attributes) {
 }
 
 uint32_t PlatformGetDriveType(const char16_t* root) {
+    std::string native = NativePath(root);
     struct stat st {};
-    if (::stat(NativePath(root).c_str(), &st) == 0 && S_ISDIR(st.st_mode)) return 3;
-    return clDriveNoRootDir;
+    if (::stat(native.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) return clDriveNoRootDir;
+    struct statfs system {};
+    constexpr long kIso9660 = 0x9660;
+    constexpr long kUdf = 0x15013346;
+    if (::statfs(native.c_str(), &system) == 0 &&
+        (system.f_type == kIso9660 || system.f_type == kUdf || (system.f_flags & ST_RDONLY) != 0)) {
+        return clDriveCdRom;
+    }
+    return 3;
+}
+
+uint32_t PlatformGetLogicalDrives() { return 0; }
+
+bool PlatformGetFreeSpace(const char16_t* path, uint64_t* freeBytes) {
+    struct statvfs space {};
+    if (::statvfs(NativePath(path).c_str(), &space) != 0) return false;
+    *freeBytes = static_cast<uint64_t>(space.f_bavail) * space.f_frsize;
+    return true;
+}
+
+bool PlatformGetVolumeRoot(const char16_t* path, clString& root) {
+    root.Clear();
+    std::string folder = NativePath(path);
+    struct stat place {};
+    // The nearest existing folder: drop components until one exists.
+    for (;;) {
+        if (!folder.empty() && ::stat(folder.c_str(), &place) == 0 && S_ISDIR(place.st_mode)) break;
+        size_t slash = folder.find_last_of('/');
+        if (slash == std::string::npos) return false;
+        folder.resize(slash == 0 ? 1 : slash);
+        if (folder == "/" && ::stat("/", &place) != 0) return false;
+    }
+    // Then up while the parent is on the same device.
+    char resolved[PATH_MAX];
+    if (::realpath(folder.c_str(), resolved) == nullptr) return false;
+    std::string mount = resolved;
+    while (mount != "/") {
+        size_t slash = mount.find_last_of('/');
+        std::string parent = slash == 0 ? "/" : mount.substr(0, slash);
+        struct stat above {};
+        if (::stat(parent.c_str(), &above) != 0 || above.st_dev != place.st_dev) break;
+        mount = parent;
+    }
+    FromNative(mount.c_str(), root);
+    if (root.CharAt(clStringLast) != u'/') root.Append(u"/");
+    return true;
 }
 
 bool PlatformGetTempPath(clString& path) {

@@ -59,6 +59,23 @@ bool PlatformSetFileAttributes(const char16_t* path, uint32_t attributes) {
 
 uint32_t PlatformGetDriveType(const char16_t* root) { return GetDriveTypeW(W(root)); }
 
+uint32_t PlatformGetLogicalDrives() { return GetLogicalDrives(); }
+
+bool PlatformGetFreeSpace(const char16_t* path, uint64_t* freeBytes) {
+    ULARGE_INTEGER available{};
+    if (!GetDiskFreeSpaceExW(W(path), &available, nullptr, nullptr)) return false;
+    *freeBytes = available.QuadPart;
+    return true;
+}
+
+bool PlatformGetVolumeRoot(const char16_t* path, clString& root) {
+    root.Clear();
+    wchar_t volume[MAX_PATH + 1] = {};
+    if (!GetVolumePathNameW(W(path), volume, MAX_PATH)) return false;
+    root = reinterpret_cast<const char16_t*>(volume);
+    return !root.IsEmpty();
+}
+
 bool PlatformGetTempPath(clString& path) {
     path.SetCapacity(261);
     DWORD n = GetTempPathW(260, reinterpret_cast<LPWSTR>(path.text));

@@ -1,6 +1,8 @@
 // Helpers shared by the POSIX sources of the platform layer only.
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstdint>
 #include <string>
 
@@ -12,3 +14,10 @@ std::string NativePath(const char16_t* path);
 void FromNative(const char* bytes, clString& target);
 // Stores the Windows-numbered code for an errno value as the last error.
 void SetLastErrorFromErrno(int error);
+
+// What a clProcessHandle points to on POSIX: the child's id, and whether
+// it has been waited for (a pid must be reaped once, and only once).
+struct ChildProcess {
+    pid_t pid;
+    bool reaped = false;
+};

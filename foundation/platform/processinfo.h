@@ -65,3 +65,9 @@ void PlatformInstallCrashMessage(const void* message, uint32_t bytes);
 // A file the crash handler deletes before the process ends (a half-written
 // output); null for none. Paths longer than 4,000 units are not kept.
 void PlatformSetCrashRemovesFile(const char16_t* path);
+
+// From now on an interrupt from the terminal (Ctrl-C; on POSIX also
+// SIGTERM, on Windows also Ctrl-Break and the console's close) no longer
+// ends the process but is counted, for the program to act on.
+void PlatformCatchInterrupts();
+uint32_t PlatformInterruptCount();

@@ -192,3 +192,21 @@ void PlatformSetCrashRemovesFile(const char16_t* path) {
     std::memcpy(crashFile, native.c_str(), native.size() + 1);
     crashFileSet = 1;
 }
+
+namespace {
+
+volatile sig_atomic_t interrupts = 0;
+
+void OnInterrupt(int) { interrupts = interrupts + 1; }
+
+}  // namespace
+
+void PlatformCatchInterrupts() {
+    struct sigaction action {};
+    action.sa_handler = OnInterrupt;
+    sigemptyset(&action.sa_mask);
+    ::sigaction(SIGINT, &action, nullptr);
+    ::sigaction(SIGTERM, &action, nullptr);
+}
+
+uint32_t PlatformInterruptCount() { return static_cast<uint32_t>(interrupts); }

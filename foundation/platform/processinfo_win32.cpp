@@ -182,3 +182,21 @@ void PlatformSetCrashRemovesFile(const char16_t* path) {
     for (int32_t i = 0; i <= length; ++i) crashFile[i] = static_cast<wchar_t>(path[i]);
     crashFileSet = 1;
 }
+
+namespace {
+
+volatile LONG interrupts = 0;
+
+BOOL WINAPI OnConsoleEvent(DWORD kind) {
+    if (kind == CTRL_C_EVENT || kind == CTRL_BREAK_EVENT || kind == CTRL_CLOSE_EVENT) {
+        InterlockedIncrement(&interrupts);
+        return TRUE;
+    }
+    return FALSE;
+}
+
+}  // namespace
+
+void PlatformCatchInterrupts() { SetConsoleCtrlHandler(OnConsoleEvent, TRUE); }
+
+uint32_t PlatformInterruptCount() { return static_cast<uint32_t>(interrupts); }

@@ -29,6 +29,12 @@ void PlatformSetThreadName(const char16_t* name);
 uint32_t PlatformTickCount();
 void PlatformSleep(uint32_t milliseconds);
 
+// The processors this process may run on (GetSystemInfo's count); at least 1.
+int32_t PlatformProcessorCount();
+// Raises the calling thread to above-normal priority. POSIX lowers its
+// nice value by one where the user's limits allow, else nothing changes.
+void PlatformRaiseThreadPriority();
+
 struct clProcessStart {
     clString commandLine;  // Windows rules; POSIX splits it the same way
     bool inheritHandles = false;

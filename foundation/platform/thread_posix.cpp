@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <pthread.h>
+#include <sched.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/resource.h>
@@ -51,11 +52,6 @@ void* Entry(void* raw) {
 }
 
 ThreadRecord* Of(clThreadHandle h) { return reinterpret_cast<ThreadRecord*>(h); }
-
-struct ChildProcess {
-    pid_t pid;
-    bool reaped = false;
-};
 
 // Windows priority classes as nice values.
 int NiceOf(uint32_t flags) {
@@ -133,6 +129,24 @@ void PlatformSleep(uint32_t milliseconds) {
     timespec wait{static_cast<time_t>(milliseconds / 1000), static_cast<long>(milliseconds % 1000) * 1000000L};
     while (nanosleep(&wait, &wait) != 0) {
     }
+}
+
+int32_t PlatformProcessorCount() {
+    cpu_set_t set;
+    CPU_ZERO(&set);
+    if (sched_getaffinity(0, sizeof set, &set) == 0) {
+        int count = CPU_COUNT(&set);
+        if (count > 0) return count;
+    }
+    long online = sysconf(_SC_NPROCESSORS_ONLN);
+    return online > 0 ? static_cast<int32_t>(online) : 1;
+}
+
+void PlatformRaiseThreadPriority() {
+    auto self = static_cast<id_t>(gettid());
+    errno = 0;
+    int nice = getpriority(PRIO_PROCESS, self);
+    if (errno == 0) setpriority(PRIO_PROCESS, self, nice - 1);
 }
 
 bool PlatformCreateProcess(const clProcessStart& start, clProcessHandle* process) {

@@ -58,6 +58,14 @@ void PlatformSetThreadName(const char16_t* name) {
 uint32_t PlatformTickCount() { return GetTickCount(); }
 void PlatformSleep(uint32_t milliseconds) { Sleep(milliseconds); }
 
+int32_t PlatformProcessorCount() {
+    SYSTEM_INFO info{};
+    GetSystemInfo(&info);
+    return info.dwNumberOfProcessors > 0 ? static_cast<int32_t>(info.dwNumberOfProcessors) : 1;
+}
+
+void PlatformRaiseThreadPriority() { SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_ABOVE_NORMAL); }
+
 bool PlatformCreateProcess(const clProcessStart& start, clProcessHandle* process) {
     *process = 0;
     clString line(start.commandLine);

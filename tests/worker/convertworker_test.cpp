@@ -137,7 +137,9 @@ TEST_F(Worker, FailuresAreNamedAndLeaveNothingBehind) {
 
 TEST_F(Worker, AnOutputFolderThatCantBeWrittenIsNamed) {
     ASSERT_TRUE(WriteBytes(clString(source.c_str()), Pcm16(1000, 2)));
-    target = dir.File(u"missing folder").text;
+    // Missing folders are made; one below a plain file can't be.
+    ASSERT_TRUE(WriteBytes(dir.File(u"plain file"), "x"));
+    target = dir.File(u"plain file").text;
     target += NativePathSyntax().separator;
     target += u"out.raw16";
     Outcome outcome = Run(Options());

@@ -1,0 +1,63 @@
+#include "engine/batchsettings.h"
+
+#include "engine/conditionalrules.h"
+#include "engine/globals.h"
+#include "foundation/settings.h"
+#include "foundation/specialfolder.h"
+#include "naming/expandnaming.h"
+#include "plugins/codechandler.h"
+
+namespace {
+
+constexpr int32_t kMusicFolder = 13;
+
+bool RulesNeedFacts(const clString& effectString) {
+    clConditionalRules rules;
+    ParseConditionalRules(effectString, rules);
+    for (int64_t i = 0; i < rules.Count(); ++i) {
+        if (rules[i].bitrate != 0 || rules[i].frequency != 0 || rules[i].bitDepth != 0) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+clString EntrySettingsKey(const clString& selected, const clString& profile) {
+    clString key = clString::Formatted(u"%s\\qvtCodec\\%s", settingsRootKey.text, selected.text);
+    if (!profile.IsEmpty()) {
+        key.Append(u"\\");
+        key.Append(profile);
+    }
+    return key;
+}
+
+void ReadOutputTarget(const clString& settingsKey, clString& folder, clString& namingRule) {
+    uint32_t mode = GetSettingNumber(u"QVTUserFolder", settingsRootHive, settingsKey.text);
+    folder.Clear();
+    namingRule.Clear();
+    if (mode != 0) folder = GetSettingText(u"QVTUserFolderStr", settingsRootHive, settingsKey.text);
+    if (mode == 2) namingRule = GetSettingText(u"QVTDynamicNaming", settingsRootHive, settingsKey.text);
+    if (folder.IsEmpty()) folder = GetSpecialFolder(kMusicFolder);
+    if (mode < 2) namingRule.Clear();
+    if (mode == 0) folder.Clear();
+    if (folder.IsEmpty()) folder = u"[origdrive]";
+    if (namingRule.IsEmpty()) namingRule = u"[origpath]\\[origfilename]";
+}
+
+void ReadConversionSettings(const clString& selected, const clString& profile, clConversionSettings& settings) {
+    settings.settingsKey = EntrySettingsKey(selected, profile);
+    const char16_t* key = settings.settingsKey.text;
+    settings.encoderName = EncoderOfProfile(selected);
+    settings.encoderOptions = GetSettingText(u"qvt_CLI", settingsRootHive, key);
+    ReadOutputTarget(settings.settingsKey, settings.outputFolder, settings.namingRule);
+    settings.outputExtension = EncoderExtension(settings.encoderName);
+    settings.dspEffects = GetSettingText(u"QVTDSPEffects", settingsRootHive, key);
+}
+
+bool NeedsStreamFacts(const clString& namingRule, const clString& dspEffects, const clMultiEncoderItems& items) {
+    if (NamingNeedsTags(namingRule) || RulesNeedFacts(dspEffects)) return true;
+    for (int64_t i = 0; i < items.Count(); ++i) {
+        if (RulesNeedFacts(items[i].dspEffects) || NamingNeedsTags(items[i].namingRule)) return true;
+    }
+    return false;
+}

@@ -1,0 +1,158 @@
+// clConversion: the conversion as logic, apart from how it is shown. It
+// examines the sources, builds the jobs, runs them on up to 64 slots,
+// collects their logs, ends the batches and finishes. A view (the window,
+// or the terminal) calls Tick every 50 ms, passes on the user's pause,
+// cancel and menu choices, and shows the texts, rows and numbers it finds
+// here. The clock, the worker launcher and every question to the user are
+// given in, so tests drive a whole conversion tick by tick.
+//
+// States: 0 examining, 1 converting, 2 finalizing (the batch-end work on
+// its own thread), 3 finished, 4 cancelling. `closed` turns true when the
+// view is to close.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+
+#include "engine/batchsettings.h"
+#include "engine/conversionjob.h"
+#include "engine/jobbuilder.h"
+#include "engine/multiencoder.h"
+#include "engine/workerslot.h"
+#include "foundation/clstring.h"
+#include "foundation/thread.h"
+
+class clConversionInput;
+
+enum clConversionState : int32_t {
+    kStateExamining = 0,
+    kStateConverting = 1,
+    kStateFinalizing = 2,
+    kStateFinished = 3,
+    kStateCancelling = 4,
+};
+
+struct clConversionServices {
+    std::function<uint32_t()> tickCount;
+    clWorkerLauncher* launcher = nullptr;
+    clString workerProgram;
+    int32_t processorCount = 1;
+    // "Cancel Conversion?"; true for yes.
+    std::function<bool()> askCancel;
+    clAskOverwrite askOverwrite;
+    // The power action of the "After Conversion" choice (1 to 5).
+    std::function<void(int32_t action)> performAfterAction;
+    // The final showing of the logs; called only when one isn't empty.
+    std::function<void(const clLogEntries& errors, const clLogEntries& infos)> showLogs;
+
+    // The real clock, launcher and worker; no questions (cancel: yes,
+    // overwrite: skip every file), no power action, no log showing.
+    static clConversionServices Defaults();
+};
+
+// Codes of the after-conversion choice.
+enum clAfterAction : int32_t {
+    kAfterNothing = 0,
+    kAfterPowerOff = 1,
+    kAfterHibernate = 2,
+    kAfterStandBy = 3,
+    kAfterLogOff = 4,
+    kAfterRestart = 5,
+};
+
+class clConversion {
+public:
+    clConversionSettings settings;
+    int32_t fileCount = 0;
+    clMultiEncoderItems multiItems;
+    clEncoderBatches encoderBatches;
+    clConversionJobs jobs;
+
+    int32_t state = kStateExamining;
+    clOwningList<clWorkerSlot> slots;  // always 64 once open
+    int32_t processorCount = 1;
+    int32_t targetSlots = 1;
+    int32_t activeSlots = 1;
+    int32_t nextJob = 0;
+    int32_t fileNumber = 1;
+    int32_t examinedCount = 0;
+    clThread examineThread, finalizeThread;
+    bool examinePaused = false;
+    uint32_t pauseStart = 0;
+    int32_t priorityCode = 0;
+    int32_t afterAction = kAfterNothing;
+    int32_t skipFinish = 0;
+    clLogEntries errors, infos;
+    bool needStreamFacts = false;
+
+    int32_t progress = 0;  // hundredths of a percent, never falls
+    int64_t totalBytes = 0;
+    int64_t bytesDone = 0;
+    int64_t audioDoneMs = 0;
+    uint32_t startTick = 0;
+
+    // What a view shows.
+    clString headline;
+    clString statusText;
+    clString speedText;
+    clString elapsedText;
+    clString remainingText;
+    clString windowTitle;
+    clString progressTitle;  // "[42%] Quillotone Converting"
+    clString cancelButtonText;
+    bool pausePressed = false;
+    bool pauseEnabled = true;
+    bool closed = false;
+
+    clConversion(clConversionInput& conversionInput, const clConversionServices& conversionServices);
+    ~clConversion();
+    clConversion(const clConversion&) = delete;
+    clConversion& operator=(const clConversion&) = delete;
+
+    // Reads the settings, plans the slots and starts examining.
+    void Open();
+    // The 50 ms timer. A tick that starts while one is in progress (a
+    // question asked from within it) returns at once.
+    void Tick();
+    // The Pause button.
+    void SetPause(bool pressed);
+    // The Cancel button and the window's close: "Finish" once finished,
+    // else the question, and cancelling on yes.
+    void RequestCancel();
+    // The core menu: slots above `count` take no new jobs; more slots come
+    // in at the next tick.
+    void SetTargetSlots(int32_t count);
+    // The priority menu; stored as qvtPriority, applied at the next tick.
+    void SetPriority(int32_t code);
+    // "Skip Finished Message"; stored at once.
+    void SetSkipFinish(bool skip);
+
+    // Bytes of source converted: ended jobs, and each running job by its
+    // percentage (one more, so a job just begun counts for something).
+    int64_t ProgressBytes() const;
+    // The jobs of the batch of `encoderIndex`, as the batch end lists them.
+    void GatherBatchFiles(int32_t encoderIndex, clBatchFiles& files) const;
+
+private:
+    clConversionInput& input;
+    clConversionServices services;
+    clWorkerEnvironment environment;
+    std::atomic<bool> examineHold{false};
+    bool inTick = false;
+
+    void PlanSlots();
+    void ShowExamining();
+    void BuildJobs();
+    void UpdateProgress();
+    void DispatchJobs();
+    void HarvestSlots();
+    void BeginFinishing();
+    void EndFinishing();
+    void CloseWindow();
+    void UpdateRow(clWorkerSlot& slot, int32_t percent, const clString& text);
+};
+
+// Starts FinalizeBatches on the conversion's own thread: every batch with
+// at least one job gets its end.
+void FinalizeBatches(clConversion& conversion);

@@ -1,0 +1,33 @@
+// From examined sources to the ordered job list: one job for each source
+// and encoder (source by source), each encoder's batch prepared at its
+// first job, then output paths, conditional rules and the overwrite
+// question.
+#pragma once
+
+#include <functional>
+
+#include "engine/conversionjob.h"
+#include "engine/encoderbatch.h"
+#include "engine/multiencoder.h"
+
+class clConversionInput;
+class clConversionSettings;
+
+using clEncoderBatches = clOwningList<clEncoderBatch>;
+// Answers false when the user cancelled; may change the items' paths and
+// skip values.
+using clAskOverwrite = std::function<bool(clOverwriteItems&)>;
+
+// Fills `jobs` and `batches`. With a plain encoder the effect string the
+// first batch comes back with (the encoder's required effect added) is
+// kept in `settings` for every later job; a multi-encoder item keeps its
+// own string, so that only the first job of each item has the addition.
+void MakeJobs(const clConversionInput& input, clConversionSettings& settings, const clMultiEncoderItems& items,
+              clConversionJobs& jobs, clEncoderBatches& batches, const std::function<uint32_t()>& tickCount);
+
+// Output paths, rule decisions and the overwrite question; false when the
+// question was cancelled.
+bool ExamineJobs(const clConversionInput& input, clConversionJobs& jobs, const clAskOverwrite& askOverwrite);
+
+// Drops the jobs marked to skip, keeping the order of the rest.
+void RemoveSkippedJobs(clConversionJobs& jobs);

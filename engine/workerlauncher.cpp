@@ -1,0 +1,88 @@
+#include "engine/workerlauncher.h"
+
+#include <cstring>
+
+#include "foundation/bytebuffer.h"
+#include "foundation/platform/workerprocess.h"
+
+namespace {
+
+// An anonymous pipe whose read end stays here, with the buffer that each
+// read reuses.
+class clPipe {
+public:
+    clPipeHandle readEnd = clNoPipe;
+    clByteBuffer buffer;
+
+    ~clPipe() { PlatformClosePipe(readEnd); }
+
+    // Takes what the pipe holds, as far as the peek says, in as many rounds
+    // as the worker keeps it filled. A failed peek counts as an empty pipe.
+    clString ReadAll() {
+        uint64_t count = 0;
+        for (;;) {
+            int64_t waiting = PlatformPipeAvailable(readEnd);
+            if (waiting <= 0) break;
+            uint64_t need = count + static_cast<uint64_t>(waiting);
+            if (need > buffer.size && !buffer.Resize(need, true, false, 2 * static_cast<uint64_t>(waiting))) break;
+            int64_t got = PlatformPipeRead(readEnd, buffer.data + count, static_cast<uint32_t>(waiting));
+            if (got <= 0) break;
+            count += static_cast<uint64_t>(got);
+        }
+        clString text;
+        if (count == 0) return text;
+        // An odd byte at the end is half a character; it reads as if its
+        // other half were zero.
+        int32_t characters = static_cast<int32_t>((count + 1) / 2);
+        text.SetLength(characters);
+        if (text.Length() != characters) return clString();
+        text.text[characters - 1] = 0;
+        std::memcpy(text.text, buffer.data, count);
+        return text;
+    }
+};
+
+class clProcessLink : public clWorkerLink {
+public:
+    clPipe out, err;
+    clProcessHandle process = 0;
+    clThreadHandle thread = 0;
+
+    ~clProcessLink() override {
+        PlatformCloseWorkerThread(thread);
+        PlatformCloseProcess(process);
+    }
+    clString Read(bool standardError) override { return standardError ? err.ReadAll() : out.ReadAll(); }
+    bool HasEnded() override { return PlatformWaitProcess(process, 0); }
+    void Suspend() override { PlatformSuspendWorker(process, thread); }
+    void Resume() override { PlatformResumeWorker(process, thread); }
+    void SetPriority(int32_t code) override { PlatformSetWorkerPriority(process, thread, code); }
+};
+
+class clProcessLauncher : public clWorkerLauncher {
+public:
+    clWorkerLink* Start(const clString& commandLine, clString& failure) override {
+        auto* link = new clProcessLink;
+        clPipeHandle outWrite = clNoPipe;
+        clPipeHandle errWrite = clNoPipe;
+        if (!PlatformCreatePipe(&link->out.readEnd, &outWrite)) {
+            failure = u"Error creating StdOut Pipe";
+        } else if (!PlatformCreatePipe(&link->err.readEnd, &errWrite)) {
+            PlatformClosePipe(outWrite);
+            failure = u"Error creating StdErr Pipe";
+        } else if (!PlatformStartWorker(commandLine, outWrite, errWrite, &link->process, &link->thread)) {
+            failure = u"Error running ConvertWorker";
+        } else {
+            return link;
+        }
+        delete link;
+        return nullptr;
+    }
+};
+
+}  // namespace
+
+clWorkerLauncher& ProcessWorkerLauncher() {
+    static clProcessLauncher launcher;
+    return launcher;
+}

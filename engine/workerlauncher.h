@@ -1,0 +1,35 @@
+// How a slot reaches its worker process: the start, the two pipes, the
+// end, pause and priority. The conversion is given a launcher, so that
+// tests can put scripted workers in the place of real processes.
+#pragma once
+
+#include <cstdint>
+
+#include "foundation/clstring.h"
+
+// One started worker, as its slot sees it. Nothing here blocks.
+class clWorkerLink {
+public:
+    virtual ~clWorkerLink() = default;
+    // Everything waiting on standard output (or error) now, as text. What
+    // the worker has not finished writing stays for the next read, and a
+    // line may so come in two parts.
+    virtual clString Read(bool standardError) = 0;
+    virtual bool HasEnded() = 0;
+    virtual void Suspend() = 0;
+    virtual void Resume() = 0;
+    // Code 0 normal, 1 above normal, 2 below normal, 3 idle.
+    virtual void SetPriority(int32_t code) = 0;
+};
+
+class clWorkerLauncher {
+public:
+    virtual ~clWorkerLauncher() = default;
+    // Starts `commandLine`. Null on failure, with the line that tells it in
+    // `failure` ("Error creating StdOut Pipe", "Error creating StdErr
+    // Pipe" or "Error running ConvertWorker").
+    virtual clWorkerLink* Start(const clString& commandLine, clString& failure) = 0;
+};
+
+// The launcher of real child processes.
+clWorkerLauncher& ProcessWorkerLauncher();

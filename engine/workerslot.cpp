@@ -1,0 +1,196 @@
+#include "engine/workerslot.h"
+
+#include "engine/directcopy.h"
+#include "engine/outputdiagnosis.h"
+#include "engine/workerlauncher.h"
+#include "foundation/file.h"
+#include "foundation/folders.h"
+#include "foundation/pathtext.h"
+#include "foundation/settings.h"
+
+namespace {
+
+void AppendOption(clString& text, const char16_t* option, const clString& value) {
+    text.AppendGrowing(option);
+    text.AppendGrowing(value);
+    text.AppendGrowing(u"\"");
+}
+
+}  // namespace
+
+const char16_t* WorkerPriorityOption(int32_t code) {
+    switch (code) {
+        case 1: return u"high";
+        case 2: return u"low";
+        case 3: return u"idle";
+        default: return u"";
+    }
+}
+
+clWorkerSlot::~clWorkerSlot() {
+    copyThread.Close();
+    delete worker;
+    if (!commandFile.IsEmpty()) DeleteFileEx(commandFile);
+}
+
+clString clWorkerSlot::WorkerOptions(int32_t batchId, const clString& tempFolder) const {
+    clString text;
+    AppendOption(text, u" -infile=\"", sourcePath);
+    AppendOption(text, u" -outfile=\"", outputPath);
+    AppendOption(text, u" -convert_to=\"", encoderName);
+    AppendOption(text, u" -evtquit=\"", cancelEvent.name);
+    AppendOption(text, u" -evtwatchdog=\"", watchdogEvent.name);
+    AppendOption(text, u" -batchid=\"", clString(batchId));
+    if (processor != 0) AppendOption(text, u" -processor=\"", clString(processor));
+    if (!tempFolder.IsEmpty()) AppendOption(text, u" -tmpfolder=\"", tempFolder);
+    if (priority >= 1 && priority <= 3) AppendOption(text, u" -priority=\"", clString(WorkerPriorityOption(priority)));
+    if (!dspEffects.IsEmpty()) {
+        text.AppendGrowing(u" ");
+        text.AppendGrowing(dspEffects);
+    }
+    // The encoder's options come last, even when empty: the text then ends
+    // in a blank.
+    text.AppendGrowing(u" ");
+    text.AppendGrowing(encoderOptions);
+    return text;
+}
+
+// Two slots (or two programs) starting in the same millisecond would meet
+// on one name; "already exists" moves on to the next number.
+bool clWorkerSlot::MakeEvent(XEvent& event, const char16_t* prefix) {
+    for (uint32_t n = 0; n < 100000; ++n) {
+        auto number = static_cast<int64_t>(static_cast<int32_t>(env.tickCount() + n));
+        clString name(prefix);
+        name.Append(clString(number));
+        event.Close();
+        if (!event.Create(name.text)) continue;
+        if (!event.existed) return true;
+    }
+    event.Close();
+    return false;
+}
+
+void clWorkerSlot::WriteCommandFile(const clString& options) {
+    bool written = MakeTempFile(commandFile, "QvT");
+    if (written) {
+        clFile file;
+        file.fileName = commandFile;
+        file.Open(clAccessWrite, clCreateAlways, false, false);
+        written = file.handle != clInvalidHandle;
+        uint32_t bytes = static_cast<uint32_t>(options.Length()) * 2;
+        if (written && bytes > 0) written = file.Write(options.text, bytes);
+    }
+    if (!written) {
+        AddError(clString::Formatted(u"Error creating qvcmd temporary file '%s'", commandFile.text));
+    }
+}
+
+void clWorkerSlot::StartJob(const clJobStart& job) {
+    encoderName = job.encoderName;
+    encoderOptions = job.encoderOptions;
+    dspEffects = job.dspEffects;
+    displayPercent = -1;
+    displayText.Clear();
+    copyThread.Close();
+    Reset(job.lengthMs);
+    sourceBytes = job.sourceBytes;
+    sourcePath = job.sourcePath;
+    outputPath = job.outputPath;
+    isDirectCopy = job.directCopy;
+    textTick = 0;
+    paused = false;
+    copyPercent = 0;
+    copyErrors.Clear();
+
+    if (isDirectCopy) {
+        action = clString::Formatted(u"Copying '%s'", GetFileName(outputPath).text);
+        running = 1;
+        copyThread.Start([](XEvent& stop, void* slot) { RunDirectCopy(stop, *static_cast<clWorkerSlot*>(slot)); }, this,
+                         0);
+        return;
+    }
+
+    MakeEvent(cancelEvent, u"qvevt-cancel-");
+    MakeEvent(watchdogEvent, u"qvevt-watch-");
+    WriteCommandFile(WorkerOptions(job.batchId, GetSettingText(u"QvTempFileLocation")));
+
+    clString commandLine(env.workerProgram);
+    QuoteText(commandLine);
+    commandLine.Append(u" -qvcmd=\"");
+    commandLine.Append(commandFile);
+    commandLine.Append(u"\"");
+    delete worker;
+    clString failure;
+    worker = env.launcher->Start(commandLine, failure);
+    if (worker == nullptr) {
+        AddError(failure);
+        return;
+    }
+    lastHeartbeat = env.tickCount();
+    running = 1;
+}
+
+void clWorkerSlot::DrainPipes(bool final) {
+    if (worker == nullptr || running != 1) return;
+    TakeErrors(worker->Read(true));
+    TakeOutput(worker->Read(false));
+    if (!final && worker->HasEnded()) EndJob();
+}
+
+void clWorkerSlot::EndJob() {
+    if (worker != nullptr) {
+        DrainPipes(true);
+        delete worker;
+        worker = nullptr;
+    }
+    if (isDirectCopy) {
+        percent = copyPercent;
+        if (!copyErrors.IsEmpty()) AddError(copyErrors);
+    }
+    running = 0;
+    action.Clear();
+    endedLength = lengthMs;
+    finished = true;
+    if (!errorText.IsEmpty()) {
+        clString reason = DiagnoseOutput(outputPath);
+        if (!reason.IsEmpty()) AddError(reason);
+    }
+}
+
+void clWorkerSlot::Tick(bool pausePressed, bool cancelRequested, int32_t wantedPriority) {
+    if (!isDirectCopy) {
+        DrainPipes(false);
+        if (priority != wantedPriority) {
+            priority = wantedPriority;
+            if (worker != nullptr) {
+                if (running != 1) return;
+                worker->SetPriority(priority);
+            }
+        }
+    } else if (running == 1) {
+        percent = copyPercent;
+        if (copyThread.HasEnded()) EndJob();
+    }
+    if (running != 1) return;
+
+    if (pausePressed) {
+        lastHeartbeat = env.tickCount();
+        if (!paused) {
+            paused = true;
+            if (worker != nullptr) worker->Suspend();
+        }
+    } else if (paused) {
+        paused = false;
+        if (worker != nullptr) worker->Resume();
+    }
+    if (cancelRequested && cancelEvent.handle != 0) cancelEvent.Set();
+    if (isDirectCopy) return;
+    if (watchdogEvent.handle != 0 && watchdogEvent.IsSet()) {
+        lastHeartbeat = env.tickCount();
+        watchdogEvent.Reset();
+    }
+    if (WatchdogTripped(env.tickCount(), lastHeartbeat)) {
+        AddError(clString(u"Error: Watchdog timeout, possible ConvertWorker crash"));
+        EndJob();
+    }
+}

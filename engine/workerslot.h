@@ -1,0 +1,98 @@
+// clWorkerSlot: one of the conversion's 64 places where a job runs, with
+// the supervision of its worker. A job is started on an idle slot, the
+// slot is ticked every 50 ms from the main thread, and the job ends when
+// the worker ends, the watchdog trips, or the direct copy is done.
+//
+// The slot reaches its worker only through a clWorkerLink (pipes, end,
+// pause, priority) and two named events: cancel, which the worker
+// honours, and watchdog, which the worker sets to show it lives and the
+// slot resets. Success is the absence of error lines; the exit code is
+// never read, and a worker is never terminated from here.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+
+#include "engine/slotreport.h"
+#include "foundation/clstring.h"
+#include "foundation/syncobjects.h"
+#include "foundation/thread.h"
+
+class clWorkerLauncher;
+class clWorkerLink;
+
+// What every slot of a conversion shares: its clock (GetTickCount), the
+// launcher of workers and the worker program.
+struct clWorkerEnvironment {
+    std::function<uint32_t()> tickCount;
+    clWorkerLauncher* launcher = nullptr;
+    clString workerProgram;  // full path of ConvertWorker
+};
+
+// One job as the slot is given it.
+struct clJobStart {
+    int64_t lengthMs = 0;
+    int64_t sourceBytes = 0;
+    clString sourcePath;
+    clString outputPath;
+    bool directCopy = false;
+    clString encoderName;
+    clString encoderOptions;
+    clString dspEffects;
+    int32_t batchId = 0;
+};
+
+constexpr uint32_t kWatchdogLimitMs = 60000;
+
+class clWorkerSlot : public clSlotReport {
+public:
+    int32_t displayPercent = 0;  // last given to the row
+    clString displayText;        // last given to the row
+    bool isDirectCopy = false;
+    clThread copyThread;
+    clString encoderName, encoderOptions, dspEffects;
+    bool hidden = false;    // no row of its own
+    int32_t processor = 0;  // 1-based; 0: any
+    int32_t running = 0;    // 1 while a job is in hand
+    bool finished = false;  // a job has ended here
+    int64_t sourceBytes = 0;
+    clString sourcePath, outputPath;
+    clWorkerLink* worker = nullptr;  // the running worker's process and pipes
+    clString commandFile;
+    std::atomic<bool> paused{false};  // read by the copy thread
+    int32_t priority = 0;
+    XEvent cancelEvent, watchdogEvent;
+    uint32_t lastHeartbeat = 0;
+    int64_t endedLength = -1;  // lengthMs of the job that ended, until harvested
+    clString errorSource, errorOutput, errorCopy;
+    clString infoSource, infoOutput, infoCopy;
+    // The copy thread's progress; the tick takes it into `percent`.
+    std::atomic<int32_t> copyPercent{0};
+    // The copy thread's error lines, read once it has ended.
+    clString copyErrors;
+
+    explicit clWorkerSlot(const clWorkerEnvironment& environment) : env(environment) {}
+    ~clWorkerSlot();
+    clWorkerSlot(const clWorkerSlot&) = delete;
+    clWorkerSlot& operator=(const clWorkerSlot&) = delete;
+
+    // Success shows as `running` = 1, failure as a line in `errorText`.
+    void StartJob(const clJobStart& job);
+    // One timer tick: pipes, end, priority, pause, cancel, watchdog.
+    void Tick(bool pausePressed, bool cancelRequested, int32_t wantedPriority);
+    // Reads both pipes; unless `final`, ends the job when the worker has.
+    void DrainPipes(bool final);
+    void EndJob();
+    // The worker's option text for the running job (the command file).
+    clString WorkerOptions(int32_t batchId, const clString& tempFolder) const;
+
+private:
+    const clWorkerEnvironment& env;
+
+    bool MakeEvent(XEvent& event, const char16_t* prefix);
+    void WriteCommandFile(const clString& options);
+};
+
+// The priority codes' worker option values; empty for normal.
+const char16_t* WorkerPriorityOption(int32_t code);

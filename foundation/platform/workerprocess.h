@@ -1,0 +1,43 @@
+// The conversion worker as a child process: two pipes that this process
+// reads without ever blocking, the start with those pipes as the child's
+// standard output and error, and the ways to pause it and to change its
+// priority while it runs.
+//
+// Windows: anonymous pipes peeked with PeekNamedPipe, inheritable
+// duplicates of the write ends, SuspendThread on the worker's main thread,
+// SetThreadPriority with SetPriorityClass. POSIX: pipes whose read end is
+// non-blocking and asked with FIONREAD, posix_spawn with every other
+// descriptor closed in the child, SIGSTOP / SIGCONT to the whole process,
+// and nice values (0, -5, 5, 19); an ordinary user may not lower a nice
+// value again, and then the worker keeps the lower priority.
+#pragma once
+
+#include <cstdint>
+
+#include "foundation/clstring.h"
+#include "foundation/platform/thread.h"
+
+using clPipeHandle = intptr_t;
+constexpr clPipeHandle clNoPipe = -1;
+
+// A pipe whose read end stays with this process and is never inherited.
+bool PlatformCreatePipe(clPipeHandle* readEnd, clPipeHandle* writeEnd);
+void PlatformClosePipe(clPipeHandle pipe);
+// The bytes waiting in the pipe, without taking them; -1 when the peek
+// fails (a closed and empty pipe may answer either 0 or -1).
+int64_t PlatformPipeAvailable(clPipeHandle readEnd);
+// Reads at most `count` bytes that are waiting; the count, -1 on failure.
+int64_t PlatformPipeRead(clPipeHandle readEnd, void* buffer, uint32_t count);
+
+// Starts `commandLine` (Windows rules) with the write ends as standard
+// output and error, standard input empty, no window, normal priority. The
+// write ends are closed here in any case. `thread` is the handle through
+// which the worker is paused (POSIX: the process again).
+bool PlatformStartWorker(const clString& commandLine, clPipeHandle outWrite, clPipeHandle errWrite,
+                         clProcessHandle* process, clThreadHandle* thread);
+void PlatformSuspendWorker(clProcessHandle process, clThreadHandle thread);
+void PlatformResumeWorker(clProcessHandle process, clThreadHandle thread);
+// Code 0 normal, 1 above normal, 2 below normal, 3 idle.
+void PlatformSetWorkerPriority(clProcessHandle process, clThreadHandle thread, int32_t code);
+// Releases the thread handle of PlatformStartWorker (nothing on POSIX).
+void PlatformCloseWorkerThread(clThreadHandle thread);

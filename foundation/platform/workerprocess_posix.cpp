@@ -1,0 +1,113 @@
+#include <fcntl.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/ioctl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string>
+#include <vector>
+
+#include "foundation/commandlinetext.h"
+#include "foundation/platform/posixsupport_posix.h"
+#include "foundation/platform/workerprocess.h"
+#include "foundation/stringlist.h"
+
+extern char** environ;
+
+namespace {
+
+pid_t PidOf(clProcessHandle process) {
+    auto* child = reinterpret_cast<ChildProcess*>(process);
+    return child == nullptr || child->reaped ? 0 : child->pid;
+}
+
+}  // namespace
+
+bool PlatformCreatePipe(clPipeHandle* readEnd, clPipeHandle* writeEnd) {
+    int ends[2];
+    if (::pipe2(ends, O_CLOEXEC) != 0) {
+        SetLastErrorFromErrno(errno);
+        return false;
+    }
+    ::fcntl(ends[0], F_SETFL, ::fcntl(ends[0], F_GETFL) | O_NONBLOCK);
+    *readEnd = ends[0];
+    *writeEnd = ends[1];
+    return true;
+}
+
+void PlatformClosePipe(clPipeHandle pipe) {
+    if (pipe >= 0) ::close(static_cast<int>(pipe));
+}
+
+int64_t PlatformPipeAvailable(clPipeHandle readEnd) {
+    int waiting = 0;
+    if (readEnd < 0 || ::ioctl(static_cast<int>(readEnd), FIONREAD, &waiting) != 0) return -1;
+    return waiting;
+}
+
+int64_t PlatformPipeRead(clPipeHandle readEnd, void* buffer, uint32_t count) {
+    for (;;) {
+        ssize_t n = ::read(static_cast<int>(readEnd), buffer, count);
+        if (n >= 0) return n;
+        if (errno == EINTR) continue;
+        return errno == EAGAIN ? 0 : -1;
+    }
+}
+
+bool PlatformStartWorker(const clString& commandLine, clPipeHandle outWrite, clPipeHandle errWrite,
+                         clProcessHandle* process, clThreadHandle* thread) {
+    *process = 0;
+    *thread = 0;
+    clStringList words;
+    SplitCommandLine(commandLine, words);
+    bool started = false;
+    if (words.Count() > 0 && outWrite >= 0 && errWrite >= 0) {
+        std::vector<std::string> native;
+        for (int64_t i = 0; i < words.Count(); ++i) native.push_back(NativePath(words[i].text));
+        std::vector<char*> argv;
+        for (auto& w : native) argv.push_back(w.data());
+        argv.push_back(nullptr);
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+        posix_spawn_file_actions_adddup2(&actions, static_cast<int>(outWrite), 1);
+        posix_spawn_file_actions_adddup2(&actions, static_cast<int>(errWrite), 2);
+        // The worker inherits nothing else, whatever the caller forgot to
+        // mark close-on-exec.
+        posix_spawn_file_actions_addclosefrom_np(&actions, 3);
+        pid_t pid = 0;
+        int rc = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
+        posix_spawn_file_actions_destroy(&actions);
+        if (rc == 0) {
+            auto* child = new ChildProcess{pid};
+            *process = reinterpret_cast<clProcessHandle>(child);
+            *thread = *process;
+            started = true;
+        } else {
+            SetLastErrorFromErrno(rc);
+        }
+    }
+    PlatformClosePipe(outWrite);
+    PlatformClosePipe(errWrite);
+    return started;
+}
+
+void PlatformSuspendWorker(clProcessHandle process, clThreadHandle /*thread*/) {
+    pid_t pid = PidOf(process);
+    if (pid > 0) ::kill(pid, SIGSTOP);
+}
+
+void PlatformResumeWorker(clProcessHandle process, clThreadHandle /*thread*/) {
+    pid_t pid = PidOf(process);
+    if (pid > 0) ::kill(pid, SIGCONT);
+}
+
+void PlatformSetWorkerPriority(clProcessHandle process, clThreadHandle /*thread*/, int32_t code) {
+    static const int kNice[] = {0, -5, 5, 19};
+    pid_t pid = PidOf(process);
+    if (pid > 0 && code >= 0 && code <= 3) ::setpriority(PRIO_PROCESS, static_cast<id_t>(pid), kNice[code]);
+}
+
+void PlatformCloseWorkerThread(clThreadHandle /*thread*/) {}

@@ -1,0 +1,90 @@
+#include <windows.h>
+
+#include "foundation/platform/workerprocess.h"
+
+namespace {
+
+HANDLE H(intptr_t handle) { return reinterpret_cast<HANDLE>(handle); }
+
+}  // namespace
+
+bool PlatformCreatePipe(clPipeHandle* readEnd, clPipeHandle* writeEnd) {
+    SECURITY_ATTRIBUTES security{};
+    security.nLength = sizeof security;
+    security.bInheritHandle = FALSE;
+    HANDLE readHandle = nullptr;
+    HANDLE writeHandle = nullptr;
+    if (!CreatePipe(&readHandle, &writeHandle, &security, 0)) return false;
+    *readEnd = reinterpret_cast<clPipeHandle>(readHandle);
+    *writeEnd = reinterpret_cast<clPipeHandle>(writeHandle);
+    return true;
+}
+
+void PlatformClosePipe(clPipeHandle pipe) {
+    if (pipe != clNoPipe && pipe != 0) CloseHandle(H(pipe));
+}
+
+int64_t PlatformPipeAvailable(clPipeHandle readEnd) {
+    DWORD waiting = 0;
+    if (!PeekNamedPipe(H(readEnd), nullptr, 0, nullptr, &waiting, nullptr)) return -1;
+    return waiting;
+}
+
+int64_t PlatformPipeRead(clPipeHandle readEnd, void* buffer, uint32_t count) {
+    DWORD read = 0;
+    if (!ReadFile(H(readEnd), buffer, count, &read, nullptr)) return -1;
+    return read;
+}
+
+bool PlatformStartWorker(const clString& commandLine, clPipeHandle outWrite, clPipeHandle errWrite,
+                         clProcessHandle* process, clThreadHandle* thread) {
+    *process = 0;
+    *thread = 0;
+    HANDLE self = GetCurrentProcess();
+    HANDLE inheritOut = nullptr;
+    HANDLE inheritErr = nullptr;
+    // Inheritable copies; DUPLICATE_CLOSE_SOURCE | DUPLICATE_SAME_ACCESS
+    // closes the originals even when the copy fails, so only the copies
+    // remain to be closed.
+    bool haveOut = DuplicateHandle(self, H(outWrite), self, &inheritOut, 0, TRUE, 3) != FALSE;
+    bool haveErr = DuplicateHandle(self, H(errWrite), self, &inheritErr, 0, TRUE, 3) != FALSE;
+    bool started = false;
+    if (haveOut && haveErr) {
+        STARTUPINFOW startup{};
+        startup.cb = sizeof startup;
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdOutput = inheritOut;
+        startup.hStdError = inheritErr;
+        PROCESS_INFORMATION info{};
+        clString line(commandLine);
+        if (CreateProcessW(nullptr, reinterpret_cast<LPWSTR>(line.text), nullptr, nullptr, TRUE, 0x08000020, nullptr,
+                           nullptr, &startup, &info)) {
+            *process = reinterpret_cast<clProcessHandle>(info.hProcess);
+            *thread = reinterpret_cast<clThreadHandle>(info.hThread);
+            started = true;
+        }
+    }
+    if (haveOut) CloseHandle(inheritOut);
+    if (haveErr) CloseHandle(inheritErr);
+    return started;
+}
+
+void PlatformSuspendWorker(clProcessHandle /*process*/, clThreadHandle thread) {
+    if (thread != 0) SuspendThread(H(thread));
+}
+
+void PlatformResumeWorker(clProcessHandle /*process*/, clThreadHandle thread) {
+    if (thread != 0) ResumeThread(H(thread));
+}
+
+void PlatformSetWorkerPriority(clProcessHandle process, clThreadHandle thread, int32_t code) {
+    static const int kThreadPriority[] = {0, 1, -1, -15};
+    static const DWORD kClass[] = {0x20, 0x20, 0x20, 0x40};
+    if (code < 0 || code > 3) return;
+    if (thread != 0) SetThreadPriority(H(thread), kThreadPriority[code]);
+    if (process != 0) SetPriorityClass(H(process), kClass[code]);
+}
+
+void PlatformCloseWorkerThread(clThreadHandle thread) {
+    if (thread != 0) CloseHandle(H(thread));
+}

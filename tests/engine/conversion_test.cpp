@@ -1,0 +1,313 @@
+// The conversion driven tick by tick with a hand-set clock and scripted
+// workers: scheduling order and refill, harvest, pause, cancel, the core
+// menu, the overwrite question, multi-encoder jobs and every state.
+#include "engine/conversion.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <set>
+
+#include "engine/conversioninput.h"
+#include "engine/globals.h"
+#include "foundation/platform/thread.h"
+#include "foundation/settings.h"
+#include "plugins/sourcefile.h"
+#include "tests/engine/fakeworkers.h"
+
+namespace {
+
+class ConversionTest : public ::testing::Test {
+protected:
+    TestFolder dir;
+    FakeLauncher launcher;
+    uint32_t now = 5000;
+    clConversionInput input;
+    clConversionServices services;
+    int cancelQuestions = 0;
+    bool overwriteAnswer = true;
+    int logShowings = 0;
+    std::mt19937 random{7};
+
+    ConversionTest() {
+        SetSettingsRoot(clHkeyCurrentUser, u"Software\\Harrowmere\\Quillotone");
+        globalEncoder = u"Scripted";
+        globalProfile.Clear();
+        services.tickCount = [this] { return now; };
+        services.launcher = &launcher;
+        services.workerProgram = u"ConvertWorker";
+        services.processorCount = 64;
+        services.askCancel = [this] {
+            ++cancelQuestions;
+            return true;
+        };
+        services.askOverwrite = [this](clOverwriteItems&) { return overwriteAnswer; };
+        services.showLogs = [this](const clLogEntries&, const clLogEntries&) { ++logShowings; };
+    }
+
+    void SetEntry(const char16_t* name, const clString& value) {
+        SetSettingText(value, name, settingsRootHive, EntrySettingsKey(globalEncoder, clString()).text);
+    }
+
+    void AddSources(int count, const char16_t* extension = u".wav", int bytes = -1) {
+        for (int i = 0; i < count; ++i) {
+            clString path = dir.File(clString::Formatted(u"src%04d%s", i, extension).text);
+            if (bytes >= 0) WriteBytes(path, std::string(static_cast<size_t>(bytes) * (i + 1), 'x'));
+            input.sources.Add(new clSourceFile(path));
+        }
+    }
+
+    // Ticks until the sources are examined and the jobs built.
+    void TickPastExamining(clConversion& c) {
+        for (int i = 0; i < 20000 && c.state == kStateExamining && !c.closed; ++i) {
+            PlatformSleep(1);
+            c.Tick();
+        }
+    }
+
+    // Gives each new worker a random length, and ends those whose time
+    // has come.
+    size_t seen = 0;
+    void RunWorkers(int longest) {
+        for (; seen < launcher.started.size(); ++seen) {
+            launcher.started[seen]->ticksLeft = 1 + static_cast<int>(random() % static_cast<unsigned>(longest));
+        }
+        for (auto& w : launcher.started) {
+            if (w->alive && !w->ended && --w->ticksLeft <= 0) w->ended = true;
+        }
+    }
+
+    void Step(clConversion& c, int longest = 1) {
+        now += 50;
+        c.Tick();
+        RunWorkers(longest);
+    }
+};
+
+std::u16string InFile(const FakeWorkerState& w) { return OptionOf(w.commandText, u"infile"); }
+
+}  // namespace
+
+TEST_F(ConversionTest, ThousandJobsOnSixtyFourSlotsStartOnceEachInListOrder) {
+    AddSources(1000);
+    clConversion c(input, services);
+    c.Open();
+    EXPECT_EQ(c.targetSlots, 64);
+    TickPastExamining(c);
+    ASSERT_EQ(c.state, kStateConverting);
+    size_t most = 0;
+    for (int i = 0; i < 100000 && c.state != kStateFinished; ++i) {
+        Step(c, 40);
+        size_t running = 0;
+        for (int64_t s = 0; s < c.slots.Count(); ++s) running += c.slots[s].running != 0;
+        most = std::max(most, running);
+    }
+    ASSERT_EQ(c.state, kStateFinished);
+    EXPECT_FALSE(c.closed) << "without errors the finished message waits for Finish";
+    EXPECT_EQ(U(c.cancelButtonText), u"Finish");
+    c.RequestCancel();
+    EXPECT_TRUE(c.closed);
+    EXPECT_EQ(cancelQuestions, 0);
+    EXPECT_EQ(most, 64u);
+    ASSERT_EQ(launcher.started.size(), 1000u);
+    for (size_t i = 0; i < launcher.started.size(); ++i) {
+        EXPECT_EQ(InFile(*launcher.started[i]), U(input.Source(static_cast<int64_t>(i)).path)) << i;
+    }
+    EXPECT_EQ(c.fileNumber, 1001);
+    EXPECT_EQ(c.progress, 10000);
+    EXPECT_EQ(c.errors.Count(), 0);
+    EXPECT_EQ(c.state, kStateFinished);
+    EXPECT_EQ(U(c.headline), u"Converted 1,000 Files to Scripted");
+    EXPECT_EQ(logShowings, 0);
+}
+
+TEST_F(ConversionTest, FreedSlotIsRefilledAtTheNextTickFromTheLowestIndex) {
+    AddSources(10);
+    services.processorCount = 4;
+    clConversion c(input, services);
+    c.Open();
+    TickPastExamining(c);
+    now += 50;
+    c.Tick();
+    ASSERT_EQ(launcher.started.size(), 4u);
+    launcher.started[2]->ended = true;
+    launcher.started[1]->ended = true;
+    now += 50;
+    c.Tick();  // both end in this tick's slot pass, and are refilled by its dispatch
+    ASSERT_EQ(launcher.started.size(), 6u);
+    EXPECT_EQ(U(c.slots[1].sourcePath), U(input.Source(4).path));
+    EXPECT_EQ(U(c.slots[2].sourcePath), U(input.Source(5).path));
+    EXPECT_EQ(c.fileNumber, 3);
+}
+
+TEST_F(ConversionTest, FailedJobIsLoggedAndTheBatchGoesOnThenTheLogsShowAtOnce) {
+    AddSources(3);
+    clConversion c(input, services);
+    c.Open();
+    TickPastExamining(c);
+    now += 50;
+    c.Tick();
+    ASSERT_EQ(launcher.started.size(), 3u);
+    launcher.started[1]->err = u"Unsupported file\r\n";
+    launcher.started[1]->out = u"a note\r\n";
+    for (auto& w : launcher.started) w->ended = true;
+    for (int i = 0; i < 100 && !c.closed; ++i) Step(c);
+    ASSERT_TRUE(c.closed);
+    ASSERT_EQ(c.errors.Count(), 1);
+    EXPECT_EQ(U(c.errors[0].sourcePath), U(input.Source(1).path));
+    EXPECT_EQ(U(c.errors[0].lines[0]), u"Unsupported file");
+    EXPECT_EQ(c.jobs[1].hadErrors, 1);
+    EXPECT_EQ(c.jobs[0].hadErrors, 0);
+    EXPECT_EQ(c.infos.Count(), 0) << "the information log is shown only when asked for";
+    EXPECT_EQ(logShowings, 1);
+}
+
+TEST_F(ConversionTest, PauseStopsDispatchAndTheClockThenCancelReleasesIt) {
+    AddSources(6);
+    services.processorCount = 2;
+    clConversion c(input, services);
+    c.Open();
+    TickPastExamining(c);
+    now += 50;
+    c.Tick();
+    ASSERT_EQ(launcher.started.size(), 2u);
+    now += 10000;
+    c.Tick();
+    EXPECT_EQ(U(c.elapsedText), u"10 Seconds Elapsed");
+    c.SetPause(true);
+    launcher.started[0]->ended = true;
+    for (int i = 0; i < 100; ++i) {
+        now += 1000;
+        c.Tick();
+    }
+    EXPECT_TRUE(launcher.started[1]->suspended);
+    EXPECT_EQ(launcher.started.size(), 2u) << "no job starts while paused";
+    c.SetPause(false);
+    now += 50;
+    c.Tick();
+    EXPECT_FALSE(launcher.started[1]->suspended);
+    EXPECT_EQ(launcher.started.size(), 3u);
+    EXPECT_EQ(U(c.elapsedText), u"10 Seconds Elapsed") << "the paused 100 s don't count";
+    c.SetPause(true);
+    c.RequestCancel();
+    EXPECT_EQ(cancelQuestions, 1);
+    EXPECT_FALSE(c.pausePressed);
+    EXPECT_EQ(c.state, kStateCancelling);
+    now += 50;
+    c.Tick();
+    EXPECT_EQ(U(c.statusText), u"Cancelling Conversion...");
+    XEvent cancel;
+    ASSERT_TRUE(cancel.Create(c.slots[0].cancelEvent.name.text));
+    EXPECT_TRUE(cancel.IsSet());
+    for (auto& w : launcher.started) w->ended = true;
+    for (int i = 0; i < 10 && !c.closed; ++i) Step(c);
+    EXPECT_TRUE(c.closed);
+    EXPECT_EQ(launcher.started.size(), 3u) << "nothing starts after a cancel";
+}
+
+TEST_F(ConversionTest, FewerCoresDrainTheUpperSlotsAndMoreComeInAtTheNextTick) {
+    AddSources(20);
+    services.processorCount = 4;
+    clConversion c(input, services);
+    c.Open();
+    TickPastExamining(c);
+    now += 50;
+    c.Tick();
+    ASSERT_EQ(launcher.started.size(), 4u);
+    c.SetTargetSlots(2);
+    for (auto& w : launcher.started) w->ended = true;
+    Step(c);
+    EXPECT_EQ(launcher.started.size(), 6u);
+    EXPECT_EQ(c.slots[2].running, 0);
+    EXPECT_EQ(c.slots[3].running, 0);
+    EXPECT_FALSE(c.slots[3].hidden) << "rows stay visible";
+    c.SetTargetSlots(1);
+    c.SetTargetSlots(4);
+    for (auto& w : launcher.started) w->ended = true;
+    Step(c);
+    EXPECT_EQ(launcher.started.size(), 10u);
+}
+
+TEST_F(ConversionTest, OneFileGivesOneHiddenSlotAndTheStatusOfItsRow) {
+    AddSources(1);
+    services.processorCount = 8;
+    clConversion c(input, services);
+    c.Open();
+    EXPECT_EQ(c.targetSlots, 1);
+    EXPECT_TRUE(c.slots[0].hidden);
+    TickPastExamining(c);
+    now += 50;
+    c.Tick();
+    launcher.started[0]->out = u"MSGTO: qvt: Action: Encoding 'x'\r\n";
+    now += 50;
+    c.Tick();
+    now += 50;
+    c.Tick();
+    EXPECT_EQ(U(c.statusText), u"Encoding 'x'");
+}
+
+TEST_F(ConversionTest, CancelledOverwriteQuestionEndsWithoutAJob) {
+    AddSources(2, u".wav", 10);
+    // Both named to one output that exists already: both are asked about.
+    input.Source(0).chosenOutput = dir.File(u"same");
+    input.Source(1).chosenOutput = dir.File(u"same");
+    WriteBytes(dir.File(u"same"), "old");
+    int asked = 0;
+    services.askOverwrite = [&asked](clOverwriteItems& items) {
+        asked = static_cast<int>(items.Count());
+        return false;
+    };
+    clConversion c(input, services);
+    c.Open();
+    TickPastExamining(c);
+    EXPECT_EQ(c.state, kStateFinished);
+    EXPECT_TRUE(c.closed);
+    EXPECT_TRUE(launcher.started.empty());
+    EXPECT_EQ(asked, 2);
+    EXPECT_EQ(ReadBytes(dir.File(u"same")), "old");
+}
+
+TEST_F(ConversionTest, OverwriteAnswersSetPathsAndSkips) {
+    AddSources(3, u".wav", 10);
+    for (int i = 0; i < 3; ++i) input.Source(i).chosenOutput = dir.File(u"same");
+    services.askOverwrite = [this](clOverwriteItems& items) {
+        EXPECT_EQ(items.Count(), 2) << "the first doesn't exist yet";
+        items[0].newPath = dir.File(u"renamed");
+        items[1].skip = 1;
+        return true;
+    };
+    clConversion c(input, services);
+    c.Open();
+    TickPastExamining(c);
+    ASSERT_EQ(c.jobs.Count(), 2);
+    EXPECT_EQ(U(c.jobs[1].outputPath), U(dir.File(u"renamed")));
+    EXPECT_EQ(c.totalBytes, 10 + 20);
+}
+
+TEST_F(ConversionTest, MultiEncoderMakesJobsSourceBySourceAndCountsBytesForEach) {
+    globalEncoder = u"[Multi Encoder]";
+    clString folder = dir.File(u"out");
+    SetEntry(u"qvt_CLI", clString::Formatted(u"-enc1=\"A=-x={mqt}1{mqt}\" -encMopt1=\"-tofolder={mqt}%s{mqt}\" "
+                                             u"-enc2=\"B\" -enc3=\"C=\" -encMopt3=\"-tofolder={mqt}%s{mqt}\"",
+                                             folder.text, folder.text));
+    AddSources(10, u".wav", 100);
+    services.processorCount = 8;
+    clConversion c(input, services);
+    c.Open();
+    EXPECT_EQ(c.targetSlots, 8) << "3 items x 10 files";
+    TickPastExamining(c);
+    ASSERT_EQ(c.jobs.Count(), 20) << "enc2 without '=' yields no item";
+    for (int64_t j = 0; j < 20; ++j) {
+        EXPECT_EQ(c.jobs[j].sourceIndex, j / 2);
+        EXPECT_EQ(U(c.jobs[j].encoderName), j % 2 == 0 ? u"A" : u"C");
+        EXPECT_EQ(c.jobs[j].encoderIndex, j % 2);
+    }
+    EXPECT_EQ(U(c.jobs[0].encoderOptions), u"-x=\"1\"");
+    EXPECT_EQ(c.encoderBatches.Count(), 2);
+    EXPECT_NE(c.encoderBatches[0].batchId, c.encoderBatches[1].batchId);
+    EXPECT_EQ(c.totalBytes, 2 * 100 * (1 + 10) * 10 / 2);
+    EXPECT_EQ(c.fileCount, 20);
+    now += 50;
+    c.Tick();
+    EXPECT_EQ(OptionOf(launcher.started[1]->commandText, u"batchid"), U(clString(c.encoderBatches[1].batchId)));
+}

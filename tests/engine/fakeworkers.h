@@ -1,0 +1,73 @@
+// Scripted workers for the engine tests: a launcher that starts no process
+// but records each command line and the command file's text, and workers
+// whose pipes, end, pause and priority the test controls.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "engine/workerlauncher.h"
+#include "tests/support/testfolder.h"
+
+struct FakeWorkerState {
+    std::u16string commandLine;
+    std::u16string commandText;  // the command file as it was at the start
+    std::u16string out, err;     // waiting in the pipes
+    bool ended = false;
+    bool suspended = false;
+    int32_t priority = -1;
+    int ticksLeft = 0;  // for RunFakeWorkers
+    bool alive = true;  // the slot still holds the link
+};
+
+class FakeWorker : public clWorkerLink {
+public:
+    explicit FakeWorker(FakeWorkerState& s) : state(s) {}
+    ~FakeWorker() override { state.alive = false; }
+    clString Read(bool standardError) override {
+        std::u16string& pipe = standardError ? state.err : state.out;
+        clString text(pipe.c_str());
+        pipe.clear();
+        return text;
+    }
+    bool HasEnded() override { return state.ended; }
+    void Suspend() override { state.suspended = true; }
+    void Resume() override { state.suspended = false; }
+    void SetPriority(int32_t code) override { state.priority = code; }
+
+private:
+    FakeWorkerState& state;
+};
+
+class FakeLauncher : public clWorkerLauncher {
+public:
+    std::vector<std::unique_ptr<FakeWorkerState>> started;
+    const char16_t* failure = nullptr;  // set: every start fails so
+
+    clWorkerLink* Start(const clString& commandLine, clString& failureLine) override {
+        if (failure != nullptr) {
+            failureLine = failure;
+            return nullptr;
+        }
+        auto state = std::make_unique<FakeWorkerState>();
+        state->commandLine = commandLine.text;
+        size_t at = state->commandLine.find(u"-qvcmd=\"");
+        if (at != std::u16string::npos) {
+            std::u16string file = state->commandLine.substr(at + 8);
+            file.pop_back();
+            state->commandText = FromUtf16Le(ReadBytes(clString(file.c_str())));
+        }
+        started.push_back(std::move(state));
+        return new FakeWorker(*started.back());
+    }
+};
+
+// The value of an option in a command file's text ("" when absent).
+inline std::u16string OptionOf(const std::u16string& text, const std::u16string& key) {
+    std::u16string marker = u" -" + key + u"=\"";
+    size_t at = text.find(marker);
+    if (at == std::u16string::npos) return std::u16string();
+    at += marker.size();
+    return text.substr(at, text.find(u'"', at) - at);
+}
