@@ -4,7 +4,9 @@
 #include <cstring>
 
 #include "foundation/clstring.h"
+#include "foundation/commandlinetext.h"
 #include "foundation/platform/fileio.h"
+#include "foundation/stringlist.h"
 #include "foundation/utf.h"
 
 std::string NativePath(const char16_t* path) {
@@ -39,4 +41,15 @@ void SetLastErrorFromErrno(int error) {
         default: code = 31; break;  // "a device attached to the system is not functioning"
     }
     PlatformSetLastError(code);
+}
+
+NativeArguments SplitNativeArguments(const clString& commandLine) {
+    NativeArguments native;
+    clStringList words;
+    SplitCommandLine(commandLine, words);
+    if (words.Count() == 0) return native;
+    for (int64_t i = 0; i < words.Count(); ++i) native.words.push_back(NativePath(words[i].text));
+    for (auto& w : native.words) native.argv.push_back(w.data());
+    native.argv.push_back(nullptr);
+    return native;
 }

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 class clString;
 
@@ -21,3 +22,12 @@ struct ChildProcess {
     pid_t pid;
     bool reaped = false;
 };
+
+// A Windows-rules command line as the argument words of an exec call: the
+// UTF-8 words, and the pointer vector (null-terminated) into them. Empty
+// when the line has no words.
+struct NativeArguments {
+    std::vector<std::string> words;
+    std::vector<char*> argv;
+};
+NativeArguments SplitNativeArguments(const clString& commandLine);

@@ -151,14 +151,9 @@ void PlatformRaiseThreadPriority() {
 
 bool PlatformCreateProcess(const clProcessStart& start, clProcessHandle* process) {
     *process = 0;
-    clStringList words;
-    SplitCommandLine(start.commandLine, words);
-    if (words.Count() == 0) return false;
-    std::vector<std::string> native;
-    for (int64_t i = 0; i < words.Count(); ++i) native.push_back(NativePath(words[i].text));
-    std::vector<char*> argv;
-    for (auto& w : native) argv.push_back(w.data());
-    argv.push_back(nullptr);
+    NativeArguments native = SplitNativeArguments(start.commandLine);
+    if (native.argv.empty()) return false;
+    std::vector<char*>& argv = native.argv;
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     std::string folder = start.workingFolder.IsEmpty() ? std::string() : NativePath(start.workingFolder.text);

@@ -9,10 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "foundation/commandlinetext.h"
 #include "foundation/platform/posixsupport_posix.h"
 #include "foundation/platform/workerprocess.h"
-#include "foundation/stringlist.h"
 
 extern char** environ;
 
@@ -60,15 +58,10 @@ bool PlatformStartWorker(const clString& commandLine, clPipeHandle outWrite, clP
                          clProcessHandle* process, clThreadHandle* thread) {
     *process = 0;
     *thread = 0;
-    clStringList words;
-    SplitCommandLine(commandLine, words);
+    NativeArguments native = SplitNativeArguments(commandLine);
+    std::vector<char*>& argv = native.argv;
     bool started = false;
-    if (words.Count() > 0 && outWrite >= 0 && errWrite >= 0) {
-        std::vector<std::string> native;
-        for (int64_t i = 0; i < words.Count(); ++i) native.push_back(NativePath(words[i].text));
-        std::vector<char*> argv;
-        for (auto& w : native) argv.push_back(w.data());
-        argv.push_back(nullptr);
+    if (!argv.empty() && outWrite >= 0 && errWrite >= 0) {
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
