@@ -10,6 +10,7 @@
 #include "foundation/file.h"
 #include "foundation/localeformat.h"
 #include "foundation/pathtext.h"
+#include "foundation/platform/power.h"
 #include "foundation/platform/processinfo.h"
 #include "foundation/platform/thread.h"
 #include "foundation/settings.h"
@@ -82,7 +83,7 @@ clConversionServices clConversionServices::Defaults() {
         for (int64_t i = 0; i < items.Count(); ++i) items[i].skip = 1;
         return true;
     };
-    services.performAfterAction = [](int32_t) {};
+    services.performAfterAction = [](int32_t action) { PlatformPowerAction(action); };
     services.showLogs = [](const clLogEntries&, const clLogEntries&) {};
     return services;
 }
@@ -102,6 +103,7 @@ clConversion::~clConversion() {
     finalizeThread.Close();
     slots.Clear();
     encoderBatches.Clear();
+    PlatformKeepAwake(false);
 }
 
 void clConversion::Open() {
@@ -131,6 +133,8 @@ void clConversion::Open() {
     clThreadRunFunction(examineThread, [this](XEvent& stop) {
         ReadSourcesToLevel(input.sources, needStreamFacts ? 2 : 1, &stop, &examineHold);
     });
+    // A long run must not be cut short by the machine going to sleep.
+    PlatformKeepAwake(true);
 }
 
 void clConversion::PlanSlots() {
@@ -399,7 +403,12 @@ void clConversion::EndFinishing() {
 }
 
 void clConversion::CloseWindow() {
-    if (afterAction != kAfterNothing && services.performAfterAction) services.performAfterAction(afterAction);
+    if (afterAction != kAfterNothing) {
+        // The action goes first; the logs show only if the system still
+        // lets this program do so. A refused action is passed over.
+        PlatformKeepAwake(false);
+        if (services.performAfterAction) services.performAfterAction(afterAction);
+    }
     if (GetSettingNumber(u"qvt-DisplayInfo") == 0) infos.Clear();
     if (GetSettingNumber(u"qvt-NoDisplayError") != 0) errors.Clear();
     if ((errors.Count() > 0 || infos.Count() > 0) && services.showLogs) services.showLogs(errors, infos);

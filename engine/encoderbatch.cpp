@@ -20,6 +20,9 @@ void TakeBatchId(clEncoderBatch& batch, const std::function<uint32_t()>& tickCou
     RemoveScratchFolder(batch);
     for (uint32_t n = 0; n < 100000; ++n) {
         batch.batchId = static_cast<int32_t>((tickCount() + n) & 0x7FFFFFFFu);
+        // 0 means "no batch" and would skip the batch end: every 2^31 ms
+        // the clock lands there, and the next number is taken instead.
+        if (batch.batchId == 0) continue;
         clString name(u"mutQvBatchID");
         name.Append(clString(batch.batchId));
         batch.batchMutex.Destroy();

@@ -5,6 +5,7 @@
 #include "engine/conversion.h"
 #include "engine/conversioninput.h"
 #include "engine/globals.h"
+#include "engine/handover.h"
 #include "foundation/bytebuffer.h"
 #include "foundation/commandoptions.h"
 #include "foundation/file.h"
@@ -45,7 +46,11 @@ void ReadNamingExtras(const clString& path, const clMainFlowStages& stages) {
 
 bool LoadList(const clString& listFile, const clCommandOptions& options, clConversionInput& input,
               const clMainFlowStages& stages) {
-    if (stages.handOverToOpenWindow(listFile)) return false;
+    // Only a plain list of files may go to a window that is already open;
+    // any other option asks for a run of this process's own.
+    int64_t keys = options.keys.Count();
+    bool mayHandOver = keys == 1 || (keys == 2 && input.centerOnWindow != 0);
+    if (mayHandOver && stages.handOverToOpenWindow(listFile)) return false;
     input.LoadListFile(listFile);
     clString eventName = options.Get(u"signal_event_got_files");
     if (!eventName.IsEmpty()) stages.signalGotFiles(eventName);
@@ -165,7 +170,6 @@ void LoadNamingExtras(const clByteBuffer& block) { globalNamingExtras.LoadBlock(
 
 // Seams. Each stands for a stage of a subsystem that is not built yet and
 // does nothing until it is.
-bool HandOverToOpenWindow(const clString& /*listFile*/) { return false; }
 void RunOpenFileDialog(clConversionInput& /*input*/) {}
 bool RunOptionsWindow(clConversionInput& /*input*/) { return false; }
 // Until the conversion has a window or a terminal view, it runs unseen and

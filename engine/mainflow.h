@@ -64,7 +64,6 @@ void AddDecoderExtensions(clConversionInput& input);
 // globalNamingExtras.
 void LoadNamingExtras(const clByteBuffer& block);
 // Seams: stages whose subsystems come later. Each does nothing yet.
-bool HandOverToOpenWindow(const clString& listFile);
 void RunOpenFileDialog(clConversionInput& input);
 bool RunOptionsWindow(clConversionInput& input);
 void RunConversionWindow(clConversionInput& input);

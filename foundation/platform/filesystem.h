@@ -52,7 +52,8 @@ constexpr uint32_t clDriveCdRom = 5;
 // GetLogicalDrives: bit 0 for A: to bit 25 for Z:. POSIX has no drive
 // letters and answers 0.
 uint32_t PlatformGetLogicalDrives();
-// The bytes this user may still write on the volume that holds `path`.
+// The bytes this user may still write on the volume that holds `path`;
+// false when that can't be told (on POSIX also for a volume without size).
 bool PlatformGetFreeSpace(const char16_t* path, uint64_t* freeBytes);
 // The root of the volume that holds the nearest existing folder of `path`
 // (its mount point on POSIX, "X:\" and the like on Windows), with its

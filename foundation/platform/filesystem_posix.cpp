@@ -274,6 +274,9 @@ uint32_t PlatformGetLogicalDrives() { return 0; }
 bool PlatformGetFreeSpace(const char16_t* path, uint64_t* freeBytes) {
     struct statvfs space {};
     if (::statvfs(NativePath(path).c_str(), &space) != 0) return false;
+    // Pseudo file systems (proc, sysfs) have no size at all; their free
+    // space is unknown rather than none.
+    if (space.f_blocks == 0) return false;
     *freeBytes = static_cast<uint64_t>(space.f_bavail) * space.f_frsize;
     return true;
 }

@@ -311,3 +311,48 @@ TEST_F(ConversionTest, MultiEncoderMakesJobsSourceBySourceAndCountsBytesForEach)
     c.Tick();
     EXPECT_EQ(OptionOf(launcher.started[1]->commandText, u"batchid"), U(clString(c.encoderBatches[1].batchId)));
 }
+
+// The end of a run: when the finished state waits for "Finish", when it
+// closes by itself, and that a chosen power action comes before the logs.
+TEST_F(ConversionTest, FinishingClosesByItselfForSkipErrorsOrAnActionAndTheActionComesFirst) {
+    struct Case {
+        const char* name;
+        int skipFinish, noDisplayError, afterAction;
+        bool failOne, closesByItself;
+        std::vector<std::string> trail;
+    } cases[] = {
+        {"plain", 0, 0, 0, false, false, {}},
+        {"skip finished", 1, 0, 0, false, true, {}},
+        {"error", 0, 0, 0, true, true, {"logs"}},
+        {"error, log hidden", 0, 1, 0, true, true, {}},
+        {"power off", 0, 0, kAfterPowerOff, true, true, {"action 1", "logs"}},
+        {"restart", 0, 0, kAfterRestart, false, true, {"action 5"}},
+    };
+    for (const Case& k : cases) {
+        SetSettingNumber(k.skipFinish, u"qvtSkipedFinish");
+        SetSettingNumber(k.noDisplayError, u"qvt-NoDisplayError");
+        std::vector<std::string> trail;
+        services.performAfterAction = [&](int32_t a) { trail.push_back("action " + std::to_string(a)); };
+        services.showLogs = [&](const clLogEntries&, const clLogEntries&) { trail.push_back("logs"); };
+        clConversionInput one;
+        one.sources.Add(new clSourceFile(dir.File(u"a.wav")));
+        one.sources.Add(new clSourceFile(dir.File(u"b.wav")));
+        size_t first = launcher.started.size();
+        clConversion c(one, services);
+        c.Open();
+        c.afterAction = k.afterAction;
+        TickPastExamining(c);
+        for (int i = 0; i < 5 && launcher.started.size() < first + 2; ++i) Step(c);
+        ASSERT_EQ(launcher.started.size(), first + 2) << k.name;
+        if (k.failOne) launcher.started[first]->err = u"broken\r\n";
+        launcher.started[first]->ended = launcher.started[first + 1]->ended = true;
+        for (int i = 0; i < 100 && c.state != kStateFinished; ++i) Step(c);
+        EXPECT_EQ(c.state, kStateFinished) << k.name;
+        EXPECT_EQ(c.closed, k.closesByItself) << k.name;
+        if (!c.closed) c.RequestCancel();  // "Finish"
+        EXPECT_TRUE(c.closed) << k.name;
+        EXPECT_EQ(trail, k.trail) << k.name;
+    }
+    SetSettingNumber(0, u"qvtSkipedFinish");
+    SetSettingNumber(0, u"qvt-NoDisplayError");
+}

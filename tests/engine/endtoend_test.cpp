@@ -33,14 +33,6 @@
 #ifndef _WIN32
 namespace {
 
-clString ProgramPath(const char16_t* name) {
-    clString folder = GetProgramFolder();
-    RemoveBackslashes(folder);
-    clString path = JoinPath(JoinPath(GetFolderPart(folder), clString(u"bin")), clString(name));
-    path.Append(PlatformExecutableSuffix());
-    return path;
-}
-
 // A stereo 16-bit tone of `seconds`, its pitch set by `n`.
 std::string ToneWave(int n, double seconds) {
     const uint32_t rate = 44100;

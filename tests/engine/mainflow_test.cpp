@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -108,7 +109,7 @@ TEST(MainFlow, ListFileWithSkipAndProfileOptions) {
                           u"\" -skip_ready_to_conv -select_profile=\"Best {profileqt}FLAC{profileqt}\" "
                           u"-additionalprofile=qvt -signal_event_got_files=evt1 -centeronwnd=4242 -unknown=1";
     auto trail = RunFlow(r, line, &input);
-    EXPECT_EQ(trail, (std::vector<std::u16string>{u"extensions", u"handover " + U(list), u"event evt1", u"convert 2"}));
+    EXPECT_EQ(trail, (std::vector<std::u16string>{u"extensions", u"event evt1", u"convert 2"}));
     EXPECT_EQ(U(globalEncoder), u"Best \"FLAC\"");
     EXPECT_EQ(U(globalProfile), u"qvt");
     EXPECT_TRUE(globalSkipOptions);
@@ -124,7 +125,7 @@ TEST(MainFlow, ProfileChoosesTheLastEncoderSetting) {
     WriteBytes(list, Utf16Le(u"a.flac"));
     Recorder r;
     auto trail = RunFlow(r, u"\"TC\" -list_to_conv=" + U(list) + u" -additionalprofile=Work");
-    EXPECT_EQ(trail[2], u"setting qvtLastCodecWork");
+    EXPECT_EQ(trail[1], u"setting qvtLastCodecWork");
     EXPECT_EQ(trail.back(), u"convert 1");
 }
 
@@ -134,9 +135,36 @@ TEST(MainFlow, HandOverTakesTheFilesAndThisProcessEnds) {
     WriteBytes(list, Utf16Le(u"a.flac"));
     Recorder r;
     r.handOverTakes = true;
-    auto trail = RunFlow(r, u"\"TC\" -list_to_conv=" + U(list) + u" -signal_event_got_files=e");
+    auto trail = RunFlow(r, u"\"TC\" -list_to_conv=" + U(list));
     EXPECT_EQ(trail.back(), u"handover " + U(list));
     EXPECT_TRUE(PathExists(list));  // the receiving window reads it
+}
+
+// A hand-over is offered only for a bare list, or a list with a window to
+// centre on; any other option keeps the files in this process.
+TEST(MainFlow, HandOverIsOfferedOnlyForABareList) {
+    TestFolder dir;
+    clString list = dir.File(u"l.txt");
+    struct Case {
+        std::u16string options;
+        bool offered;
+    } cases[] = {
+        {u"", true},
+        {u" -centeronwnd=4242", true},
+        {u" -centeronwnd=0", false},
+        {u" -skip_ready_to_conv", false},
+        {u" -signal_event_got_files=e", false},
+        {u" -centeronwnd=4242 -additionalprofile=Work", false},
+    };
+    for (const Case& c : cases) {
+        WriteBytes(list, Utf16Le(u"a.flac"));
+        Recorder r;
+        r.handOverTakes = true;
+        auto trail = RunFlow(r, u"\"TC\" -list_to_conv=" + U(list) + c.options);
+        bool offered = std::find(trail.begin(), trail.end(), u"handover " + U(list)) != trail.end();
+        EXPECT_EQ(offered, c.offered) << clString(c.options.c_str()).ToUtf8();
+        EXPECT_EQ(trail.back() == u"convert 1", !c.offered) << clString(c.options.c_str()).ToUtf8();
+    }
 }
 
 TEST(MainFlow, UnknownCommandLinesAndTheirMessages) {

@@ -10,14 +10,7 @@
 
 namespace {
 
-clString TrackConverterPath() {
-    clString folder = GetProgramFolder();
-    RemoveBackslashes(folder);
-    clString path = JoinPath(GetFolderPart(folder), clString(u"bin"));
-    path = JoinPath(path, clString(u"TrackConverter"));
-    path.Append(PlatformExecutableSuffix());
-    return path;
-}
+clString TrackConverterPath() { return ProgramPath(u"TrackConverter"); }
 
 struct Result {
     bool started = false;

@@ -7,6 +7,9 @@
 //   touch-after MS FILE             sleeps MS milliseconds, then creates FILE
 //   unique-counter MUTEX N FILE     N times: under the mutex, read "Unique",
 //                                   add 1, write it back; the numbers go to FILE
+//   batch-id TICK FILE MS           takes a batch id as a conversion does, with
+//                                   the clock standing at TICK; writes it to
+//                                   FILE and holds it MS milliseconds
 //   unique-tag N FILE               N times AddUniqueTag, as a batch does it
 //                                   under the program's own root key; the
 //                                   "unique" values go to FILE
@@ -15,6 +18,7 @@
 #include <cstring>
 #include <string>
 
+#include "engine/encoderbatch.h"
 #include "foundation/clstring.h"
 #include "foundation/platform/thread.h"
 #include "foundation/settings.h"
@@ -88,7 +92,21 @@ int UniqueTagCommand(char** argv) {
 
 }  // namespace
 
+int BatchIdCommand(char** argv) {
+    auto tick = static_cast<uint32_t>(std::strtoul(argv[2], nullptr, 10));
+    clEncoderBatch batch;
+    clString effects;
+    PrepareEncoderBatch(batch, effects, clString(u"none"), clString(), [tick] { return tick; });
+    std::FILE* out = std::fopen(argv[3], "w");
+    if (out == nullptr) return 101;
+    std::fprintf(out, "%d\n", static_cast<int>(batch.batchId));
+    std::fclose(out);
+    PlatformSleep(static_cast<uint32_t>(std::atoi(argv[4])));
+    return 0;
+}
+
 int main(int argc, char** argv) {
+    if (argc == 5 && std::string(argv[1]) == "batch-id") return BatchIdCommand(argv);
     if (argc == 4 && std::string(argv[1]) == "unique-tag") return UniqueTagCommand(argv);
     if (argc >= 4) return SettingsCommand(argc, argv);
     if (argc != 3) return 100;

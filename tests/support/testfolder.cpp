@@ -81,3 +81,11 @@ std::u16string FromUtf16Le(const std::string& bytes) {
     }
     return text;
 }
+
+clString ProgramPath(const char16_t* name) {
+    clString folder = GetProgramFolder();
+    RemoveBackslashes(folder);
+    clString path = JoinPath(JoinPath(GetFolderPart(folder), clString(u"bin")), clString(name));
+    path.Append(PlatformExecutableSuffix());
+    return path;
+}

@@ -26,5 +26,8 @@ std::string ReadBytes(const clString& path);
 std::u16string FromUtf16Le(const std::string& bytes);
 // UTF-16LE bytes of a UTF-8 literal, without a byte-order mark.
 std::string Utf16Le(const std::u16string& text);
+// The full path of one of the program's executables (TrackConverter,
+// ConvertWorker, qvt) in the build's bin folder beside the tests' own.
+clString ProgramPath(const char16_t* name);
 // A std::u16string of a clString, for readable assertions.
 inline std::u16string U(const clString& s) { return std::u16string(s.text); }
