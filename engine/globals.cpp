@@ -4,3 +4,6 @@ clString globalEncoder;
 clString globalProfile;
 bool globalSkipOptions = false;
 clByteBuffer globalNamingExtrasBlock;
+bool globalConsole = false;
+int32_t globalOverwriteMode = 0;
+int globalExitCode = 0;

@@ -14,6 +14,12 @@ extern clString settingsRootKey;   // "Software\Harrowmere\Quillotone"
 extern clString globalEncoder;     // the entry to convert with
 extern clString globalProfile;     // additional settings profile, may be empty
 extern bool globalSkipOptions;     // -skip_ready_to_conv
+// -console: the conversion's outcome becomes the exit code (0 converted,
+// 1 some files failed, 130 cancelled); otherwise the process answers 0.
+extern bool globalConsole;
+// -overwrite=ask|skip|always: how the terminal treats existing outputs.
+extern int32_t globalOverwriteMode;
+extern int globalExitCode;
 // The extras file of -dynamic_naming_extras as read; LoadNamingExtras makes
 // it the tag list globalNamingExtras (naming/sourcefacts.h).
 extern clByteBuffer globalNamingExtrasBlock;

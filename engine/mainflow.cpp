@@ -1,11 +1,10 @@
 #include "engine/mainflow.h"
 
-#include <cstdio>
-
 #include "engine/conversion.h"
 #include "engine/conversioninput.h"
 #include "engine/globals.h"
 #include "engine/handover.h"
+#include "engine/terminalview.h"
 #include "foundation/bytebuffer.h"
 #include "foundation/commandoptions.h"
 #include "foundation/file.h"
@@ -66,6 +65,13 @@ bool HandleCommandLine(const clString& commandLine, clConversionInput& input, co
     ReadNamingExtras(options.Get(u"dynamic_naming_extras"), stages);
     input.centerOnWindow = options.Get(u"centeronwnd").ToInt64();
     if (options.Has(u"skip_ready_to_conv")) globalSkipOptions = true;
+    if (options.Has(u"console")) globalConsole = true;
+    if (options.Has(u"overwrite")) {
+        clString mode = options.Get(u"overwrite");
+        globalOverwriteMode = mode.EqualsNoCase(u"always") ? kOverwriteAlways
+                              : mode.EqualsNoCase(u"skip") ? kOverwriteSkip
+                                                           : kOverwriteAsk;
+    }
     if (options.Has(u"select_profile")) {
         clString encoder = options.Get(u"select_profile");
         encoder.Replace(u"{profileqt}", u"\"");
@@ -161,7 +167,7 @@ int TrackConverterMain() {
         RunMainFlow(commandLine, input, clMainFlowStages::Defaults());
     }
     PlatformUninitializeComponents();
-    return 0;
+    return globalExitCode;
 }
 
 void AddDecoderExtensions(clConversionInput& input) { ScanDecoders(false, &input.extensions, nullptr); }
@@ -172,36 +178,13 @@ void LoadNamingExtras(const clByteBuffer& block) { globalNamingExtras.LoadBlock(
 // does nothing until it is.
 void RunOpenFileDialog(clConversionInput& /*input*/) {}
 bool RunOptionsWindow(clConversionInput& /*input*/) { return false; }
-// Until the conversion has a window or a terminal view, it runs unseen and
-// tells its errors on standard error. An interrupt (Ctrl-C) cancels it the
-// way the Cancel button does: running workers are asked to stop, and
-// nothing half-written stays.
+// Until the conversion has a window, it is shown on the terminal. An
+// interrupt (Ctrl-C) asks whether to cancel, the way the Cancel button
+// does: running workers are asked to stop, and nothing half-written stays.
 void RunConversionWindow(clConversionInput& input) {
-    PlatformCatchInterrupts();
-    uint32_t interrupts = PlatformInterruptCount();
-    clConversionServices services = clConversionServices::Defaults();
-    services.showLogs = [](const clLogEntries& errors, const clLogEntries& infos) {
-        for (const clLogEntries* log : {&errors, &infos}) {
-            for (int64_t i = 0; i < log->Count(); ++i) {
-                const clLogEntry& entry = (*log)[i];
-                std::fprintf(stderr, "%s\n", clString(entry.sourcePath).ToUtf8());
-                for (int64_t k = 0; k < entry.lines.Count(); ++k) {
-                    std::fprintf(stderr, "    %s\n", clString(entry.lines[k]).ToUtf8());
-                }
-            }
-        }
-    };
-    clConversion conversion(input, services);
-    conversion.Open();
-    while (!conversion.closed) {
-        PlatformSleep(50);
-        if (PlatformInterruptCount() != interrupts) {
-            interrupts = PlatformInterruptCount();
-            conversion.RequestCancel();
-        }
-        conversion.Tick();
-        // Finished without errors: there is nobody to press "Finish".
-        if (conversion.state == kStateFinished && !conversion.closed) conversion.RequestCancel();
-    }
+    clTerminalView view(clTerminalIo::Process(), static_cast<clOverwriteMode>(globalOverwriteMode));
+    int code = view.Run(input, clConversionServices::Defaults());
+    if (globalConsole) globalExitCode = code;
 }
+
 void InstallCrashCapture(const clString& /*dumpFolder*/) {}

@@ -55,7 +55,8 @@ constexpr const char16_t* clProgramCaption = u"Quillotone Track Converter";
 bool HandleCommandLine(const clString& commandLine, clConversionInput& input, const clMainFlowStages& stages);
 // Runs the main flow once with the process's command line text.
 void RunMainFlow(const clString& commandLine, clConversionInput& input, const clMainFlowStages& stages);
-// The process entry: start-up, main flow, end. Always returns 0.
+// The process entry: start-up, main flow, end. Returns 0, or with
+// -console the outcome of the conversion.
 int TrackConverterMain();
 
 // The accepted extensions: those the decoder libraries list.

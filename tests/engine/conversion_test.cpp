@@ -346,8 +346,16 @@ TEST_F(ConversionTest, FinishingClosesByItselfForSkipErrorsOrAnActionAndTheActio
         ASSERT_EQ(launcher.started.size(), first + 2) << k.name;
         if (k.failOne) launcher.started[first]->err = u"broken\r\n";
         launcher.started[first]->ended = launcher.started[first + 1]->ended = true;
-        for (int i = 0; i < 100 && c.state != kStateFinished; ++i) Step(c);
+        std::set<int32_t> states;
+        for (int i = 0; i < 100 && c.state != kStateFinished; ++i) {
+            Step(c);
+            states.insert(c.state);
+            if (c.state == kStateFinalizing) {
+                EXPECT_EQ(U(c.statusText), u"Finalizing DSP Effects...");
+            }
+        }
         EXPECT_EQ(c.state, kStateFinished) << k.name;
+        EXPECT_EQ(states.count(kStateFinalizing), 1u) << "the batch end runs between converting and finished";
         EXPECT_EQ(c.closed, k.closesByItself) << k.name;
         if (!c.closed) c.RequestCancel();  // "Finish"
         EXPECT_TRUE(c.closed) << k.name;

@@ -66,7 +66,7 @@ TEST(EncoderBatch, BatchesOfTheSameMillisecondGetTheirOwnIdsAndFolders) {
     // The clock's top bit never shows in an id, and where it wraps the id
     // 0, which means "no batch", is passed over.
     const uint32_t tick = 0xFFFFFFFFu;
-    auto clock = [tick] { return tick; };
+    auto clock = [] { return 0xFFFFFFFFu; };
     clString effects;
     clEncoderBatch first, second;
     PrepareEncoderBatch(first, effects, clString(u"none"), clString(), clock);

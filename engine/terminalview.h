@@ -1,0 +1,91 @@
+// clTerminalView: the conversion shown on a terminal, for machines without
+// a display and for scripts. It presents the same clConversion a window
+// would: the headline, a row per visible slot, the overall bar, elapsed,
+// remaining and speed.
+//
+// On a terminal the block is redrawn in place, at most ten times a second;
+// otherwise the changes are appended as plain lines, for logs. Ctrl-C asks
+// "Cancel Conversion?" (a second Ctrl-C cancels without asking); the
+// overwrite question lists the conflicts and asks once or file by file.
+// Without a terminal to ask, a Ctrl-C cancels and existing files are
+// skipped, so nothing is overwritten without consent.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "engine/conversion.h"
+
+class clConversionInput;
+
+// How existing outputs are treated: asked, skipped or overwritten.
+enum clOverwriteMode : int32_t {
+    kOverwriteAsk = 0,
+    kOverwriteSkip = 1,
+    kOverwriteAlways = 2,
+};
+
+// The terminal as the view uses it; tests give a scripted one.
+struct clTerminalIo {
+    bool outputIsTerminal = false;
+    bool inputIsTerminal = false;
+    int32_t width = 80;
+    std::function<void(const std::string& utf8)> write;
+    // A line the user typed. With `wait` it blocks until one comes; without,
+    // it answers false at once when none is waiting. False also at the end
+    // of input.
+    std::function<bool(std::string& line, bool wait)> readLine;
+    std::function<uint32_t()> interruptCount;
+    std::function<void(uint32_t milliseconds)> sleep;
+
+    // The process's own terminal: standard output and input, Ctrl-C
+    // counted by the platform, input read on a thread of its own.
+    static clTerminalIo Process();
+};
+
+// Exit codes of a conversion run from the terminal.
+constexpr int kExitConverted = 0;
+constexpr int kExitSomeFailed = 1;
+constexpr int kExitCancelled = 130;
+
+// The block as the terminal shows it, one UTF-8 text per line, none longer
+// than `width` - 1 columns.
+std::vector<std::string> RenderConversion(const clConversion& conversion, int32_t width);
+
+// A bar of `cells` cells, `hundredths` of a percent of it filled.
+std::string ProgressBar(int32_t hundredths, int32_t cells);
+
+class clTerminalView {
+public:
+    clTerminalView(const clTerminalIo& terminalIo, clOverwriteMode overwriteMode);
+
+    // Runs the whole conversion with `services` (their questions and log
+    // showing are this view's) and answers the exit code.
+    int Run(clConversionInput& input, clConversionServices services);
+
+    // The overwrite question; false to cancel the run.
+    bool AskOverwrite(clOverwriteItems& items);
+
+private:
+    clTerminalIo io;
+    clOverwriteMode overwriteMode;
+    const clConversion* current = nullptr;
+    std::vector<std::string> drawn;                      // the block now on screen
+    std::string lastHeadline, lastStatus, lastProgress;  // as last appended
+    uint32_t lastProgressTick = 0;
+    std::function<uint32_t()> tickCount;
+    bool cancelAsked = false;  // the question is on screen
+    bool cancelled = false;
+    bool logsShown = false;
+    int ticks = 0;
+
+    void Draw(const clConversion& conversion, bool force);
+    void DrawPlain(const clConversion& conversion, bool force);
+    void LeaveBlock();
+    void OnInterrupt(clConversion& conversion);
+    void ReadCancelAnswer(clConversion& conversion);
+    void ShowLogs(const clLogEntries& errors, const clLogEntries& infos);
+    void Say(const std::string& text);
+};
