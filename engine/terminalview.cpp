@@ -139,9 +139,11 @@ std::vector<std::string> RenderConversion(const clConversion& c, int32_t width) 
         if (slot.hidden) continue;
         char label[32];
         std::snprintf(label, sizeof label, "  Encoder %-3d ", ++row);
-        char percent[8];
-        std::snprintf(percent, sizeof percent, " %3d%%  ", slot.displayPercent);
-        lines.push_back(label + ProgressBar(slot.displayPercent * 100, cells) + percent + Utf8(slot.displayText));
+        // A row that has shown nothing yet holds -1: an empty bar, no number.
+        int32_t shown = slot.displayPercent;
+        char percent[24] = "       ";
+        if (shown >= 0) std::snprintf(percent, sizeof percent, " %3d%%  ", shown);
+        lines.push_back(label + ProgressBar(shown * 100, cells) + percent + Utf8(slot.displayText));
     }
     lines.push_back("  Overall     " + ProgressBar(c.progress, cells) + " " + Percent(c.progress) + "  " +
                     Utf8(c.statusText));

@@ -43,6 +43,12 @@ void PlatformUninitializeComponents();
 bool PlatformRunProcess(const clString& program, const clStringList& arguments, const clString& outputFile,
                         int* exitCode);
 
+// Runs `program` with `arguments` on this process's own standard input,
+// output and error, and waits for it. False when it could not be started;
+// otherwise `exitCode` is its exit code (POSIX: 128 + the signal number
+// when a signal ended it). An interrupt while waiting doesn't end the wait.
+bool PlatformRunProcessAttached(const clString& program, const clStringList& arguments, int* exitCode);
+
 // Sets an environment variable for this process and the ones it starts.
 bool PlatformSetEnvironment(const char16_t* name, const char16_t* value);
 

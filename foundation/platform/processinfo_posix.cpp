@@ -71,9 +71,11 @@ bool PlatformCreateGuid(unsigned char bytes[16]) {
 
 namespace {
 
-// Spawns `program` with `arguments`, standard input from /dev/null and,
-// when `outputFile` is given, standard output and error into it. No shell.
-bool Spawn(const clString& program, const clStringList& arguments, const clString* outputFile, pid_t* pid) {
+// Spawns `program` with `arguments`, standard input from /dev/null (or,
+// `attached`, this process's own) and, when `outputFile` is given,
+// standard output and error into it. No shell.
+bool Spawn(const clString& program, const clStringList& arguments, const clString* outputFile, pid_t* pid,
+           bool attached = false) {
     std::vector<std::string> words;
     words.push_back(NativePath(program.text));
     for (int64_t i = 0; i < arguments.Count(); ++i) words.push_back(NativePath(arguments[i].text));
@@ -83,7 +85,7 @@ bool Spawn(const clString& program, const clStringList& arguments, const clStrin
     std::string output = outputFile != nullptr ? NativePath(outputFile->text) : std::string();
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+    if (!attached) posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
     if (outputFile != nullptr) {
         posix_spawn_file_actions_addopen(&actions, 1, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
         posix_spawn_file_actions_adddup2(&actions, 1, 2);
@@ -114,16 +116,28 @@ const char16_t* PlatformExecutableSuffix() { return u""; }
 void PlatformInitializeComponents() {}
 void PlatformUninitializeComponents() {}
 
-bool PlatformRunProcess(const clString& program, const clStringList& arguments, const clString& outputFile,
-                        int* exitCode) {
-    pid_t pid = 0;
-    if (!Spawn(program, arguments, &outputFile, &pid)) return false;
+namespace {
+
+bool WaitForChild(pid_t pid, int* exitCode) {
     int status = 0;
     while (::waitpid(pid, &status, 0) < 0) {
         if (errno != EINTR) return false;
     }
     *exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     return true;
+}
+
+}  // namespace
+
+bool PlatformRunProcess(const clString& program, const clStringList& arguments, const clString& outputFile,
+                        int* exitCode) {
+    pid_t pid = 0;
+    return Spawn(program, arguments, &outputFile, &pid) && WaitForChild(pid, exitCode);
+}
+
+bool PlatformRunProcessAttached(const clString& program, const clStringList& arguments, int* exitCode) {
+    pid_t pid = 0;
+    return Spawn(program, arguments, nullptr, &pid, true) && WaitForChild(pid, exitCode);
 }
 
 bool PlatformSetEnvironment(const char16_t* name, const char16_t* value) {

@@ -200,3 +200,26 @@ BOOL WINAPI OnConsoleEvent(DWORD kind) {
 void PlatformCatchInterrupts() { SetConsoleCtrlHandler(OnConsoleEvent, TRUE); }
 
 uint32_t PlatformInterruptCount() { return static_cast<uint32_t>(interrupts); }
+
+bool PlatformRunProcessAttached(const clString& program, const clStringList& arguments, int* exitCode) {
+    clString line = BuildCommandLineText(program, arguments);
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    // Passed on by name, so that redirected streams reach the child too.
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
+    startup.hStdOutput = GetStdHandle(STD_OUTPUT_HANDLE);
+    startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
+    PROCESS_INFORMATION info{};
+    if (!CreateProcessW(reinterpret_cast<LPCWSTR>(program.text), reinterpret_cast<LPWSTR>(line.text), nullptr, nullptr,
+                        TRUE, 0, nullptr, nullptr, &startup, &info)) {
+        return false;
+    }
+    CloseHandle(info.hThread);
+    WaitForSingleObject(info.hProcess, INFINITE);
+    DWORD code = 0;
+    GetExitCodeProcess(info.hProcess, &code);
+    CloseHandle(info.hProcess);
+    *exitCode = static_cast<int>(code);
+    return true;
+}

@@ -2,6 +2,7 @@
 // byte strings, so that every test states its file exactly.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <string>
 
@@ -56,4 +57,19 @@ inline std::string FindChunk(const std::string& file, const char* id) {
         at += 8 + size + (size & 1);
     }
     return std::string();
+}
+
+// A stereo 16-bit tone of `seconds`, its pitch set by `n`.
+inline std::string ToneWave(int n, double seconds) {
+    const uint32_t rate = 44100;
+    std::string data;
+    auto frames = static_cast<size_t>(seconds * rate);
+    for (size_t i = 0; i < frames; ++i) {
+        double v =
+            0.3 * (1 + n % 3) / 3 * std::sin(2 * 3.141592653589793 * (220.0 + 20 * n) * static_cast<double>(i) / rate);
+        auto s = static_cast<int16_t>(v * 32767);
+        Le(data, static_cast<uint16_t>(s), 2);
+        Le(data, static_cast<uint16_t>(s), 2);
+    }
+    return Riff(FormatBody(1, 2, rate, 2, 16, false, 0), data);
 }

@@ -33,21 +33,6 @@
 #ifndef _WIN32
 namespace {
 
-// A stereo 16-bit tone of `seconds`, its pitch set by `n`.
-std::string ToneWave(int n, double seconds) {
-    const uint32_t rate = 44100;
-    std::string data;
-    auto frames = static_cast<size_t>(seconds * rate);
-    for (size_t i = 0; i < frames; ++i) {
-        double v =
-            0.3 * (1 + n % 3) / 3 * std::sin(2 * 3.141592653589793 * (220.0 + 20 * n) * static_cast<double>(i) / rate);
-        auto s = static_cast<int16_t>(v * 32767);
-        Le(data, static_cast<uint16_t>(s), 2);
-        Le(data, static_cast<uint16_t>(s), 2);
-    }
-    return Riff(FormatBody(1, 2, rate, 2, 16, false, 0), data);
-}
-
 bool RunTool(const char16_t* program, std::initializer_list<clString> words, const clString& log) {
     clStringList arguments;
     for (const clString& w : words) arguments.Add(w);

@@ -1,0 +1,338 @@
+#include "cli/convertcommand.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <system_error>
+
+#include "cli/qvtargs.h"
+#include "foundation/file.h"
+#include "foundation/folders.h"
+#include "foundation/pathtext.h"
+#include "foundation/platform/processinfo.h"
+#include "foundation/settings.h"
+#include "foundation/stringlist.h"
+#include "plugins/codechandler.h"
+#include "plugins/effectstring.h"
+#include "plugins/filetypes.h"
+
+namespace qvt {
+
+const char* const kConvertHelp =
+    R"help(Usage: qvt convert [options] PATH...
+
+Converts every audio file named, and every audio file in the folders named,
+with one worker process per file on every core. The files and folders are
+never changed; each output is written whole or not at all.
+
+Options:
+  --to ENTRY          the encoder (or profile) to convert with, as "qvt plugins"
+                      lists them: "FLAC", "MP3 (Lame)", "Ogg Vorbis", ...
+                      Give --to several times to write every file with each
+                      encoder at once. Default: the entry used last, else FLAC.
+                      A profile is written  LABEL "ENCODER" ; where quotes are
+                      hard to pass, {profileqt} stands for each of its quotes.
+  --options TEXT      the option string of the encoder named by the --to just
+                      before it, e.g. --to "MP3 (Lame)" --options '-mode="vbr"'
+  --folder DIR        where the outputs go. Without --naming every output lands
+                      in DIR under its source's name. Default: beside the source.
+  --naming RULE       the output path by the naming language, below --folder
+                      (or the source's drive), without extension; a backslash
+                      or slash makes a folder: "[artist]\[album]\[track] [title]"
+  --effect "NAME=SETTINGS"
+                      an effect for the chain, in order; give it once per effect,
+                      e.g. --effect "ReplayGain=" --effect "Resample=-rate={qt}48000{qt}"
+  --cores N           run at most N files at once (default: one per core)
+  --overwrite MODE    what to do with outputs that exist already: ask (the
+                      default; with no terminal to ask, skip), skip, always
+  --recursive         walk the folders named, and all folders below them
+  --help              this text
+
+Exit status: 0 every file converted, 1 some files failed (the log names
+them), 2 a usage error, 130 cancelled (Ctrl-C).
+
+The settings are stored as the profile "qvt" of each entry, so the settings
+of the windows stay as they are.
+)help";
+
+const char16_t* const kSettingsRoot = u"Software\\Harrowmere\\Quillotone";
+
+std::u16string QvtEntryKey(const std::u16string& entry) {
+    return std::u16string(kSettingsRoot) + u"\\qvtCodec\\" + entry + u"\\qvt";
+}
+
+std::vector<std::string> DecoderExtensions() {
+    clStringList found;
+    ScanDecoders(false, &found, nullptr);
+    std::vector<std::string> extensions;
+    for (int64_t i = 0; i < found.Count(); ++i) {
+        std::string e = Utf8(found[i]);
+        std::transform(e.begin(), e.end(), e.begin(), [](unsigned char c) { return std::tolower(c); });
+        if (std::find(extensions.begin(), extensions.end(), e) == extensions.end()) extensions.push_back(e);
+    }
+    return extensions;
+}
+
+std::string NamingRuleProblem(const std::string& rule) {
+    if (rule.empty()) return "the naming rule is empty";
+    size_t start = 0;
+    for (;;) {
+        size_t end = rule.find_first_of("\\/", start);
+        std::string part = rule.substr(start, end == std::string::npos ? std::string::npos : end - start);
+        bool blank = part.find_first_not_of(' ') == std::string::npos;
+        if (end == std::string::npos) {
+            if (blank) return "the naming rule '" + rule + "' ends in a separator and leaves the file name empty";
+            return "";
+        }
+        if (blank && !(start == 0 && end == 0)) {
+            return "the naming rule '" + rule + "' leaves a folder name empty";
+        }
+        start = end + 1;
+    }
+}
+
+std::string ProfileText(std::string entry) {
+    for (size_t at; (at = entry.find("{profileqt}")) != std::string::npos;) entry.replace(at, 11, "\"");
+    return entry;
+}
+
+bool IsKnownEncoder(const std::string& entry) {
+    clStringList encoders;
+    EnumerateEncoders(encoders, clString());
+    clString encoder = EncoderOfProfile(Text(entry));
+    for (int64_t i = 0; i < encoders.Count(); ++i) {
+        if (encoders[i].EqualsNoCase(encoder.text)) return true;
+    }
+    return false;
+}
+
+namespace {
+
+const std::vector<OptionSpec> kSpecs = {{"to", true},     {"options", true}, {"folder", true},    {"naming", true},
+                                        {"effect", true}, {"cores", true},   {"overwrite", true}, {"recursive", false}};
+
+std::string Lower(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
+    return text;
+}
+
+// Every double quote of an option text, for a place where the text itself
+// stands inside quotes of a multi-encoder item.
+std::string Nested(std::string text) {
+    std::string out;
+    for (char c : text) {
+        if (c == '"')
+            out += "{mqt}";
+        else
+            out.push_back(c);
+    }
+    return out;
+}
+
+struct Target {
+    std::string entry;
+    std::string options;
+};
+
+bool Accepted(const std::filesystem::path& file, const std::vector<std::string>& extensions) {
+    std::string extension = Lower(file.extension().string());
+    return !extension.empty() && std::find(extensions.begin(), extensions.end(), extension) != extensions.end();
+}
+
+// The files of every path: a file as it is, a folder by its audio files.
+bool CollectFiles(const std::vector<std::string>& paths, bool recursive, std::vector<std::string>& files) {
+    std::vector<std::string> extensions = DecoderExtensions();
+    for (const std::string& path : paths) {
+        std::error_code error;
+        std::filesystem::path p = PathOf(path);
+        auto status = std::filesystem::status(p, error);
+        if (error || !std::filesystem::exists(status)) {
+            Fail(kExitUsage, "cannot read '" + path + "': no such file or folder");
+            return false;
+        }
+        if (!std::filesystem::is_directory(status)) {
+            if (!Accepted(p, extensions)) {
+                Fail(kExitUsage, "'" + path + "' is not a kind of audio file the installed decoders read");
+                return false;
+            }
+            files.push_back(Utf8Of(p));
+            continue;
+        }
+        auto take = [&](const std::filesystem::directory_entry& e) {
+            std::error_code ignored;
+            if (e.is_regular_file(ignored) && Accepted(e.path(), extensions)) {
+                files.push_back(Utf8Of(e.path()));
+            }
+        };
+        auto options = std::filesystem::directory_options::skip_permission_denied;
+        if (recursive) {
+            for (std::filesystem::recursive_directory_iterator it(p, options, error), end; !error && it != end;
+                 it.increment(error)) {
+                take(*it);
+            }
+        } else {
+            for (std::filesystem::directory_iterator it(p, options, error), end; !error && it != end;
+                 it.increment(error)) {
+                take(*it);
+            }
+        }
+        if (error) {
+            Fail(kExitUsage, "cannot read the folder '" + path + "': " + error.message());
+            return false;
+        }
+    }
+    std::sort(files.begin(), files.end());
+    files.erase(std::unique(files.begin(), files.end()), files.end());
+    return true;
+}
+
+bool SetText(const std::u16string& key, const char16_t* name, const std::string& value) {
+    return SetSettingText(Text(value), name, 0, key.c_str());
+}
+
+}  // namespace
+
+int ConvertCommand(const std::vector<std::string>& words) {
+    Arguments args;
+    std::string error;
+    if (!ParseArguments(words, kSpecs, args, error)) return Fail(kExitUsage, error + " (see qvt convert --help)");
+    if (args.help) {
+        std::fputs(kConvertHelp, stdout);
+        return kExitOk;
+    }
+    if (args.positional.empty()) return Fail(kExitUsage, "no files or folders given (see qvt convert --help)");
+
+    std::vector<Target> targets;
+    size_t optionIndex = 0;
+    for (const std::string& name : args.order) {
+        if (name == "to") targets.push_back({ProfileText(args.values["to"][targets.size()]), ""});
+        if (name == "options") {
+            const std::string& text = args.values["options"][optionIndex++];
+            if (targets.empty()) return Fail(kExitUsage, "--options must follow the --to it belongs to");
+            targets.back().options = text;
+        }
+    }
+    if (targets.empty()) {
+        std::string last = Utf8(GetSettingText(u"qvtLastCodecqvt"));
+        targets.push_back({last.empty() ? "FLAC" : last, ""});
+    }
+    for (const Target& t : targets) {
+        if (!IsKnownEncoder(t.entry)) {
+            return Fail(kExitUsage, "unknown encoder '" + t.entry + "' (qvt plugins lists the installed ones)");
+        }
+    }
+    clEffectList effects;
+    for (const std::string& effect : args.values["effect"]) {
+        size_t equals = effect.find('=');
+        std::string name = effect.substr(0, equals);
+        if (!PathExists(DSPLibraryPath(Text(name)))) {
+            return Fail(kExitUsage, "unknown effect '" + name + "' (qvt plugins lists the installed ones)");
+        }
+        effects.Add(Text(name), Text(equals == std::string::npos ? "" : effect.substr(equals + 1)));
+    }
+    std::string overwrite = Lower(args.Last("overwrite", "ask"));
+    if (overwrite != "ask" && overwrite != "skip" && overwrite != "always") {
+        return Fail(kExitUsage, "--overwrite takes ask, skip or always, not '" + overwrite + "'");
+    }
+    clEffectList entryEffects;
+    if (args.Has("cores")) {
+        int cores = std::atoi(args.Last("cores").c_str());
+        if (cores < 1 || cores > 64) return Fail(kExitUsage, "--cores takes a number from 1 to 64");
+        // Slots without a processor of their own: the system places them.
+        std::string force = "-noally";
+        for (int c = 1; c <= cores; ++c) force += " -cpu" + std::to_string(c);
+        entryEffects.Add(clString(u"Multi-CPU Force"), Text(force));
+    }
+    std::string folder = args.Last("folder");
+    std::string naming = args.Last("naming");
+    if (args.Has("naming")) {
+        std::string problem = NamingRuleProblem(naming);
+        if (!problem.empty()) return Fail(kExitUsage, problem);
+    }
+    if (!folder.empty()) {
+        std::error_code ignored;
+        folder = Utf8Of(PathOf(folder));
+    }
+    int mode = 2;
+    if (naming.empty()) naming = folder.empty() ? "[origpath]\\[origfilename]" : "[origfilename]";
+    if (folder.empty()) folder = "[origdrive]";
+
+    std::vector<std::string> files;
+    if (!CollectFiles(args.positional, args.Has("recursive"), files)) return kExitUsage;
+    if (files.empty()) return Fail(kExitUsage, "no audio files found in the paths given");
+
+    // The settings of the entry, under the profile "qvt".
+    std::string entry;
+    std::string encoderOptions;
+    for (int64_t i = 0; i < effects.Count(); ++i) entryEffects.Add(effects[i].name, effects[i].settings);
+    if (targets.size() == 1) {
+        entry = targets[0].entry;
+        encoderOptions = targets[0].options;
+    } else {
+        entry = "[Multi Encoder]";
+        std::string chain = Nested(Utf8(BuildStoredEffectText(effects)));
+        for (size_t i = 0; i < targets.size(); ++i) {
+            std::string n = std::to_string(i + 1);
+            encoderOptions += (i == 0 ? "" : " ") + std::string("-enc") + n + "=\"" + targets[i].entry + "=" +
+                              Nested(targets[i].options) + "\" -encMopt" + n + "=\"-tofolder={mqt}" + folder +
+                              "{mqt} -dynamic={mqt}" + naming + "{mqt}\" -encDSP" + n + "=\"" + chain + "\"";
+        }
+        // The effects run per item; the entry keeps only the core choice.
+        entryEffects.Clear();
+        if (args.Has("cores")) {
+            std::string force = "-noally";
+            for (int c = 1; c <= std::atoi(args.Last("cores").c_str()); ++c) force += " -cpu" + std::to_string(c);
+            entryEffects.Add(clString(u"Multi-CPU Force"), Text(force));
+        }
+    }
+    SetSettingsRoot(0x80000001u, kSettingsRoot);
+    std::u16string key = QvtEntryKey(Text(entry).text);
+    bool stored = SetText(key, u"qvt_CLI", encoderOptions) && SetText(key, u"QVTUserFolderStr", folder) &&
+                  SetText(key, u"QVTDynamicNaming", naming) &&
+                  SetSettingNumber(static_cast<uint32_t>(mode), u"QVTUserFolder", 0, key.c_str()) &&
+                  SetSettingText(BuildStoredEffectText(entryEffects), u"QVTDSPEffects", 0, key.c_str()) &&
+                  SetText(std::u16string(kSettingsRoot), u"qvtLastCodecqvt", targets.size() == 1 ? entry : "");
+    if (!stored) return Fail(kExitFailed, "the settings could not be stored");
+
+    clString listFile;
+    clStringList lines;
+    for (const std::string& f : files) lines.Add(Text(f));
+    if (!MakeTempFile(listFile, "QvL")) return Fail(kExitFailed, "no temporary file could be made");
+    {
+        clFile list;
+        list.fileName = listFile;
+        list.Open(clAccessWrite, clCreateAlways, false, true);
+        bool written = list.handle != clInvalidHandle;
+        for (int64_t i = 0; written && i < lines.Count(); ++i) {
+            clString line = lines[i];
+            line.Append(u"\r\n");
+            written = list.Write(line.text, static_cast<uint32_t>(line.Length()) * 2);
+        }
+        if (!written) {
+            list.Close();
+            DeleteFileEx(listFile);
+            return Fail(kExitFailed, "the list of files could not be written");
+        }
+    }
+    clString selected = Text(entry);
+    selected.Replace(u"\"", u"{profileqt}");
+    clStringList arguments;
+    arguments.Add(clString(u"-list_to_conv=", listFile.text));
+    arguments.Add(u"-skip_ready_to_conv");
+    arguments.Add(clString(u"-select_profile=", selected.text));
+    arguments.Add(u"-additionalprofile=qvt");
+    arguments.Add(u"-console");
+    arguments.Add(Text("-overwrite=" + overwrite));
+    clString program = JoinPath(GetProgramFolder(), clString(u"TrackConverter"));
+    program.Append(PlatformExecutableSuffix());
+    // Ctrl-C belongs to the conversion, which asks and answers with 130.
+    PlatformCatchInterrupts();
+    int code = kExitFailed;
+    if (!PlatformRunProcessAttached(program, arguments, &code)) {
+        DeleteFileEx(listFile);
+        return Fail(kExitFailed, "could not start " + Utf8(program));
+    }
+    return code;
+}
+
+}  // namespace qvt

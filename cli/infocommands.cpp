@@ -1,0 +1,242 @@
+#include "cli/infocommands.h"
+
+#include <cstdio>
+#include <filesystem>
+
+#include "cli/convertcommand.h"
+#include "cli/qvtargs.h"
+#include "foundation/findfiles.h"
+#include "foundation/pathtext.h"
+#include "foundation/pointerarray.h"
+#include "foundation/settings.h"
+#include "foundation/stringlist.h"
+#include "naming/outputpath.h"
+#include "plugins/codechandler.h"
+#include "plugins/decodercache.h"
+#include "plugins/filetypes.h"
+#include "plugins/sourcefile.h"
+
+namespace qvt {
+
+namespace {
+
+const char* const kPluginsHelp = R"help(Usage: qvt plugins
+
+Lists the installed decoders with the extensions they read, the encoders
+(the entries --to takes, with the extension each writes) and the effects
+(the names --effect takes).
+)help";
+
+const char* const kNameHelp = R"help(Usage: qvt name [--folder DIR] [--to ENTRY] RULE FILE...
+
+Prints the output path each FILE would get with the naming RULE, without
+converting anything. The rule is the naming language of the program:
+"[artist]\[album]\[track] [title]" names folders by the artist and album
+tags and the file by track number and title. --to chooses the encoder whose
+extension the name gets (default FLAC); --folder the folder below which the
+rule applies (default: the source's drive).
+)help";
+
+const char* const kSettingsHelp = R"help(Usage: qvt settings get KEY NAME
+       qvt settings set KEY NAME VALUE [--number]
+       qvt settings list [KEY]
+       qvt settings delete KEY
+
+Reads and writes the settings store by hand. KEY is a path below
+"Software\Harrowmere\Quillotone" (empty for that root itself), e.g.
+"qvtCodec\FLAC\qvt". "set" writes text, or a number with --number. "list"
+names the keys below KEY. "delete" removes KEY with everything below it.
+)help";
+
+const char* const kProfileHelp = R"help(Usage: qvt profile list
+       qvt profile create LABEL --to ENCODER [--options TEXT]
+       qvt profile delete ENTRY
+
+A profile is a named variant of an encoder with settings of its own; its
+entry is written  LABEL "ENCODER"  and is what --to takes ({profileqt} may
+stand for each quote, where quotes are hard to pass). "create" stores
+the option string given (or none: the encoder's defaults).
+)help";
+
+bool WantsHelp(const std::vector<std::string>& words, const char* help) {
+    for (const std::string& w : words) {
+        if (w == "--help" || w == "-h") {
+            std::fputs(help, stdout);
+            return true;
+        }
+    }
+    return false;
+}
+
+std::u16string KeyPath(const std::string& key) {
+    std::u16string path = kSettingsRoot;
+    if (!key.empty()) path += u"\\" + std::u16string(Text(key).text);
+    return path;
+}
+
+}  // namespace
+
+int PluginsCommand(const std::vector<std::string>& words) {
+    if (WantsHelp(words, kPluginsHelp)) return kExitOk;
+    if (!words.empty()) return Fail(kExitUsage, "qvt plugins takes no arguments");
+    clStringList filters;
+    ScanDecoders(false, nullptr, &filters);
+    std::printf("Decoders:\n");
+    for (int64_t i = 0; i < filters.Count(); ++i) {
+        std::string entry = Utf8(filters[i]);
+        size_t cr = entry.find('\r');
+        std::printf("  %-28s %s\n", entry.substr(0, cr).c_str(),
+                    cr == std::string::npos ? "" : entry.substr(cr + 1).c_str());
+    }
+    clStringList encoders;
+    EnumerateEncoders(encoders, clString());
+    std::printf("Encoders:\n");
+    for (int64_t i = 0; i < encoders.Count(); ++i) {
+        std::printf("  %-28s %s\n", Utf8(encoders[i]).c_str(), Utf8(EncoderExtension(encoders[i])).c_str());
+    }
+    std::printf("Effects:\n");
+    clString folder = JoinPath(GetProgramFolder(), clString(u"DSPs"));
+    std::vector<std::string> effects;
+    clFindFiles find(clString(u"*"), folder);
+    while (find.Next()) {
+        if (find.IsFolder()) continue;
+        effects.push_back(Utf8(GetFileBaseName(find.fullName)));
+    }
+    std::sort(effects.begin(), effects.end());
+    for (const std::string& e : effects) std::printf("  %s\n", e.c_str());
+    return kExitOk;
+}
+
+int NameCommand(const std::vector<std::string>& words) {
+    if (WantsHelp(words, kNameHelp)) return kExitOk;
+    Arguments args;
+    std::string error;
+    if (!ParseArguments(words, {{"folder", true}, {"to", true}}, args, error)) return Fail(kExitUsage, error);
+    if (args.positional.size() < 2) return Fail(kExitUsage, "give a naming rule and at least one file");
+    std::string rule = args.positional[0];
+    std::string problem = NamingRuleProblem(rule);
+    if (!problem.empty()) return Fail(kExitUsage, problem);
+    std::string entry = ProfileText(args.Last("to", "FLAC"));
+    if (!IsKnownEncoder(entry)) return Fail(kExitUsage, "unknown encoder '" + entry + "'");
+    clString extension = EncoderExtension(EncoderOfProfile(Text(entry)));
+    std::string folder = args.Last("folder", "[origdrive]");
+    if (folder != "[origdrive]") {
+        std::error_code ignored;
+        folder = Utf8Of(PathOf(folder));
+    }
+    clPointerArray sources;
+    for (size_t i = 1; i < args.positional.size(); ++i) {
+        std::error_code ignored;
+        std::filesystem::path p = PathOf(args.positional[i]);
+        if (!std::filesystem::is_regular_file(p, ignored)) {
+            return Fail(kExitUsage, "cannot read '" + args.positional[i] + "'");
+        }
+        sources.Add(new clSourceFile(Text(Utf8Of(p))));
+    }
+    ReadSourcesToLevel(sources, 2, nullptr);
+    for (int64_t i = 0; i < sources.count; ++i) {
+        const clSourceFile& source = *sources.At<clSourceFile>(i);
+        clString path = ComputeOutputPath(source, Text(folder), Text(rule), extension, clString(), clString());
+        std::printf("%s -> %s\n", Utf8(source.path).c_str(), Utf8(path).c_str());
+        delete &source;
+    }
+    return kExitOk;
+}
+
+int SettingsCommand(const std::vector<std::string>& words) {
+    if (WantsHelp(words, kSettingsHelp) || words.empty()) {
+        if (words.empty()) return Fail(kExitUsage, "give get, set, list or delete (see qvt settings --help)");
+        return kExitOk;
+    }
+    Arguments args;
+    std::string error;
+    if (!ParseArguments(words, {{"number", false}}, args, error)) return Fail(kExitUsage, error);
+    const std::vector<std::string>& p = args.positional;
+    const std::string& verb = p[0];
+    SetSettingsRoot(0x80000001u, kSettingsRoot);
+    if (verb == "get" && p.size() == 3) {
+        std::u16string key = KeyPath(p[1]);
+        clString name = Text(p[2]);
+        if (!SettingExists(name.text, 0, key.c_str())) return Fail(kExitFailed, "no value '" + p[2] + "' there");
+        clString text = GetSettingText(name.text, 0, key.c_str());
+        if (!text.IsEmpty())
+            std::printf("%s\n", Utf8(text).c_str());
+        else
+            std::printf("%u\n", GetSettingNumber(name.text, 0, key.c_str()));
+        return kExitOk;
+    }
+    if (verb == "set" && p.size() == 4) {
+        std::u16string key = KeyPath(p[1]);
+        clString name = Text(p[2]);
+        bool stored = false;
+        if (args.Has("number")) {
+            char* end = nullptr;
+            unsigned long value = std::strtoul(p[3].c_str(), &end, 10);
+            if (end == p[3].c_str() || *end != 0) return Fail(kExitUsage, "'" + p[3] + "' is not a number");
+            stored = SetSettingNumber(static_cast<uint32_t>(value), name.text, 0, key.c_str());
+        } else {
+            stored = SetSettingText(Text(p[3]), name.text, 0, key.c_str());
+        }
+        return stored ? kExitOk : Fail(kExitFailed, "the value could not be stored");
+    }
+    if (verb == "list" && p.size() <= 2) {
+        clStringList names;
+        EnumSettingKeys(KeyPath(p.size() == 2 ? p[1] : "").c_str(), names);
+        for (int64_t i = 0; i < names.Count(); ++i) std::printf("%s\n", Utf8(names[i]).c_str());
+        return kExitOk;
+    }
+    if (verb == "delete" && p.size() == 2 && !p[1].empty()) {
+        std::u16string key = KeyPath(p[1]);
+        size_t slash = key.rfind(u'\\');
+        DeleteSettingKeyTree(key.substr(0, slash).c_str(), key.substr(slash + 1).c_str());
+        return kExitOk;
+    }
+    return Fail(kExitUsage, "unknown or incomplete settings command (see qvt settings --help)");
+}
+
+int ProfileCommand(const std::vector<std::string>& words) {
+    if (WantsHelp(words, kProfileHelp)) return kExitOk;
+    Arguments args;
+    std::string error;
+    if (!ParseArguments(words, {{"to", true}, {"options", true}}, args, error)) return Fail(kExitUsage, error);
+    const std::vector<std::string>& p = args.positional;
+    SetSettingsRoot(0x80000001u, kSettingsRoot);
+    std::u16string codecs = std::u16string(kSettingsRoot) + u"\\qvtCodec";
+    if (p.size() == 1 && p[0] == "list") {
+        clStringList names;
+        EnumSettingKeys(codecs.c_str(), names);
+        for (int64_t i = 0; i < names.Count(); ++i) {
+            // A profile's key ends in the quote that closes its encoder's name.
+            if (names[i].Length() > 0 && names[i].CharAt(names[i].Length()) == u'"') {
+                std::printf("%s\n", Utf8(names[i]).c_str());
+            }
+        }
+        return kExitOk;
+    }
+    if (p.size() == 2 && p[0] == "create") {
+        std::string encoder = args.Last("to");
+        if (encoder.empty()) return Fail(kExitUsage, "name the profile's encoder with --to");
+        if (!IsKnownEncoder(encoder) || encoder.back() == '"') {
+            return Fail(kExitUsage, "unknown encoder '" + encoder + "'");
+        }
+        if (p[1].empty() || p[1].find('"') != std::string::npos) {
+            return Fail(kExitUsage, "a profile's label can't be empty or hold a double quote");
+        }
+        std::string entry = p[1] + " \"" + encoder + "\"";
+        std::u16string key = codecs + u"\\" + Text(entry).text;
+        if (!SetSettingText(Text(args.Last("options")), u"qvt_CLI", 0, key.c_str())) {
+            return Fail(kExitFailed, "the profile could not be stored");
+        }
+        std::printf("%s\n", entry.c_str());
+        return kExitOk;
+    }
+    if (p.size() == 2 && p[0] == "delete") {
+        std::string entry = ProfileText(p[1]);
+        if (entry.empty() || entry.back() != '"') return Fail(kExitUsage, "'" + p[1] + "' is not a profile");
+        DeleteSettingKeyTree(codecs.c_str(), Text(entry).text);
+        return kExitOk;
+    }
+    return Fail(kExitUsage, "unknown or incomplete profile command (see qvt profile --help)");
+}
+
+}  // namespace qvt

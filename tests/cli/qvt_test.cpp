@@ -1,0 +1,165 @@
+// The real qvt, as a user or a script runs it: conversions with the
+// in-house Wave and AIFF encoders (so the same test runs on both
+// platforms), exit codes, one-line errors, names, profiles and settings.
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+#include <string>
+
+#include "foundation/folders.h"
+#include "foundation/pathtext.h"
+#include "foundation/platform/processinfo.h"
+#include "foundation/stringlist.h"
+#include "tests/codecs/wavefiles.h"
+#include "tests/support/testfolder.h"
+
+namespace {
+
+struct QvtRun {
+    int code = -1;
+    std::string output;
+};
+
+class QvtTest : public ::testing::Test {
+protected:
+    TestFolder dir;
+    clString src = dir.File(u"src");
+
+    QvtTest() {
+        PlatformSetEnvironment(u"QUILLOTONE_NONINTERACTIVE", u"1");
+        MakeFolders(JoinPath(src, clString(u"inner")));
+        for (int i = 0; i < 3; ++i) {
+            WriteBytes(JoinPath(src, clString::Formatted(u"tone %d.wav", i)), ToneWave(i, 0.5));
+        }
+        WriteBytes(JoinPath(src, clString(u"notes.txt")), "not audio");
+        WriteBytes(JoinPath(src, clString(u"inner/deep.wav")), ToneWave(5, 0.5));
+    }
+
+    QvtRun Qvt(std::initializer_list<clString> words) {
+        clStringList arguments;
+        for (const clString& w : words) arguments.Add(w);
+        QvtRun run;
+        EXPECT_TRUE(PlatformRunProcess(ProgramPath(u"qvt"), arguments, dir.File(u"qvt.log"), &run.code));
+        // Windows writes text lines with CR LF; the tests read them alike.
+        for (char c : ReadBytes(dir.File(u"qvt.log"))) {
+            if (c != '\r') run.output.push_back(c);
+        }
+        return run;
+    }
+    clString Out(const char16_t* name) { return JoinPath(dir.File(u"out"), clString(name)); }
+};
+
+}  // namespace
+
+TEST_F(QvtTest, ConvertsAFolderWithTwoEncodersAtOnceAndSkipsWhatExists) {
+    QvtRun run =
+        Qvt({clString(u"convert"), clString(u"--to"), clString(u"Wave"), clString(u"--to"), clString(u"AIFF"),
+             clString(u"--folder"), dir.File(u"out"), clString(u"--naming"), clString(u"[origfilename] copy"), src});
+    ASSERT_EQ(run.code, 0) << run.output;
+    for (const char16_t* name : {u"tone 0 copy.wav", u"tone 2 copy.wav", u"tone 1 copy.aiff"}) {
+        EXPECT_TRUE(PathExists(Out(name))) << clString(name).ToUtf8() << run.output;
+    }
+    EXPECT_FALSE(PathExists(Out(u"deep copy.wav"))) << "a folder is walked only with --recursive";
+    EXPECT_NE(run.output.find("Converted 6 Files"), std::string::npos) << run.output;
+
+    // Again: every output exists, and without a terminal nothing is
+    // overwritten without consent.
+    WriteBytes(Out(u"tone 0 copy.wav"), "mine");
+    run = Qvt({clString(u"convert"), clString(u"--to"), clString(u"Wave"), clString(u"--folder"), dir.File(u"out"),
+               clString(u"--naming"), clString(u"[origfilename] copy"), clString(u"--recursive"), src});
+    EXPECT_EQ(run.code, 0) << run.output;
+    EXPECT_EQ(ReadBytes(Out(u"tone 0 copy.wav")), "mine");
+    EXPECT_TRUE(PathExists(Out(u"deep copy.wav")));
+    EXPECT_NE(run.output.find("Skipping 3 files that exist already."), std::string::npos) << run.output;
+
+    run = Qvt({clString(u"convert"), clString(u"--to"), clString(u"Wave"), clString(u"--folder"), dir.File(u"out"),
+               clString(u"--naming"), clString(u"[origfilename] copy"), clString(u"--overwrite"), clString(u"always"),
+               JoinPath(src, clString(u"tone 0.wav"))});
+    EXPECT_EQ(run.code, 0) << run.output;
+    EXPECT_NE(ReadBytes(Out(u"tone 0 copy.wav")), "mine");
+}
+
+TEST_F(QvtTest, AFailedFileGivesExitCodeOneAndItsLog) {
+    clString broken = JoinPath(src, clString(u"broken.wav"));
+    WriteBytes(broken, "RIFF\x10\x00\x00\x00WAVEjunkjunk");
+    QvtRun run =
+        Qvt({clString(u"convert"), clString(u"--to"), clString(u"Wave"), clString(u"--folder"), dir.File(u"out"), src});
+    EXPECT_EQ(run.code, 1) << run.output;
+    EXPECT_NE(run.output.find("Quillotone: Conversion Errors"), std::string::npos) << run.output;
+    EXPECT_NE(run.output.find("broken.wav"), std::string::npos);
+    EXPECT_TRUE(PathExists(Out(u"tone 1.wav"))) << "the batch goes on";
+    EXPECT_FALSE(PathExists(Out(u"broken.wav")));
+}
+
+TEST_F(QvtTest, BadInputIsOneLineAndExitCodeTwo) {
+    struct Case {
+        std::initializer_list<clString> words;
+        const char* message;
+    } cases[] = {
+        {{clString(u"convert"), clString(u"--to"), clString(u"Nope"), src}, "qvt: unknown encoder 'Nope'"},
+        {{clString(u"convert"), clString(u"--effect"), clString(u"Reverb=x"), src}, "qvt: unknown effect 'Reverb'"},
+        {{clString(u"convert"), dir.File(u"missing")}, "qvt: cannot read '"},
+        {{clString(u"convert"), JoinPath(src, clString(u"inner/none"))}, "qvt: cannot read '"},
+        {{clString(u"convert"), dir.File(u"out-none")}, "qvt: cannot read '"},
+        {{clString(u"convert"), clString(u"--naming"), clString(u"[artist]\\\\[title]"), src},
+         "qvt: the naming rule '[artist]\\\\[title]' leaves a folder name empty"},
+        {{clString(u"convert"), clString(u"--naming"), clString(u"[artist]/"), src}, "leaves the file name empty"},
+        {{clString(u"convert"), clString(u"--cores"), clString(u"0"), src}, "qvt: --cores takes a number"},
+        {{clString(u"convert"), clString(u"--overwrite"), clString(u"maybe"), src}, "qvt: --overwrite takes"},
+        {{clString(u"convert"), clString(u"--bogus"), src}, "qvt: unknown option '--bogus'"},
+        {{clString(u"convert")}, "qvt: no files or folders given"},
+        {{clString(u"frobnicate")}, "qvt: unknown command 'frobnicate'"},
+    };
+    for (const Case& c : cases) {
+        QvtRun run = Qvt(c.words);
+        EXPECT_EQ(run.code, 2) << run.output;
+        EXPECT_NE(run.output.find(c.message), std::string::npos) << run.output;
+        EXPECT_EQ(run.output.find('\n'), run.output.size() - 1) << "one line: " << run.output;
+    }
+    // A folder without audio files is an empty selection.
+    MakeFolders(dir.File(u"empty"));
+    QvtRun run = Qvt({clString(u"convert"), dir.File(u"empty")});
+    EXPECT_EQ(run.code, 2);
+    EXPECT_EQ(run.output, "qvt: no audio files found in the paths given\n");
+}
+
+TEST_F(QvtTest, HelpNamesProfilesAndSettings) {
+    for (const char16_t* command : {u"convert", u"plugins", u"name", u"settings", u"profile"}) {
+        QvtRun run = Qvt({clString(command), clString(u"--help")});
+        EXPECT_EQ(run.code, 0);
+        EXPECT_EQ(run.output.rfind("Usage: qvt ", 0), 0u) << run.output;
+    }
+    QvtRun run = Qvt({clString(u"plugins")});
+    EXPECT_NE(run.output.find("Wave"), std::string::npos) << run.output;
+    EXPECT_NE(run.output.find("Effects:"), std::string::npos);
+
+    run = Qvt({clString(u"name"), clString(u"--to"), clString(u"AIFF"), clString(u"--folder"), dir.File(u"out"),
+               clString(u"[origfilename] (x)"), JoinPath(src, clString(u"tone 1.wav"))});
+    EXPECT_EQ(run.code, 0);
+    std::string expected = std::string(JoinPath(src, clString(u"tone 1.wav")).ToUtf8()) + " -> " +
+                           std::string(Out(u"tone 1 (x).aiff").ToUtf8()) + "\n";
+    EXPECT_EQ(run.output, expected);
+
+    run = Qvt({clString(u"profile"), clString(u"create"), clString(u"Small"), clString(u"--to"), clString(u"Wave")});
+    EXPECT_EQ(run.output, "Small \"Wave\"\n");
+    run = Qvt({clString(u"profile"), clString(u"list")});
+    EXPECT_NE(run.output.find("Small \"Wave\"\n"), std::string::npos) << run.output;
+    // A quote can't pass a Windows command line; the substitute can.
+    run = Qvt({clString(u"convert"), clString(u"--to"), clString(u"Small {profileqt}Wave{profileqt}"),
+               clString(u"--folder"), dir.File(u"out"), JoinPath(src, clString(u"tone 2.wav"))});
+    EXPECT_EQ(run.code, 0) << run.output;
+    EXPECT_TRUE(PathExists(Out(u"tone 2.wav")));
+    Qvt({clString(u"profile"), clString(u"delete"), clString(u"Small {profileqt}Wave{profileqt}")});
+    run = Qvt({clString(u"profile"), clString(u"list")});
+    EXPECT_EQ(run.output.find("Small"), std::string::npos) << run.output;
+
+    EXPECT_EQ(Qvt({clString(u"settings"), clString(u"set"), clString(u"Test"), clString(u"Count"), clString(u"7"),
+                   clString(u"--number")})
+                  .code,
+              0);
+    run = Qvt({clString(u"settings"), clString(u"get"), clString(u"Test"), clString(u"Count")});
+    EXPECT_EQ(run.output, "7\n");
+    Qvt({clString(u"settings"), clString(u"delete"), clString(u"Test")});
+    run = Qvt({clString(u"settings"), clString(u"get"), clString(u"Test"), clString(u"Count")});
+    EXPECT_EQ(run.code, 1);
+}
