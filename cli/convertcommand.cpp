@@ -298,21 +298,9 @@ int ConvertCommand(const std::vector<std::string>& words) {
     clStringList lines;
     for (const std::string& f : files) lines.Add(Text(f));
     if (!MakeTempFile(listFile, "QvL")) return Fail(kExitFailed, "no temporary file could be made");
-    {
-        clFile list;
-        list.fileName = listFile;
-        list.Open(clAccessWrite, clCreateAlways, false, true);
-        bool written = list.handle != clInvalidHandle;
-        for (int64_t i = 0; written && i < lines.Count(); ++i) {
-            clString line = lines[i];
-            line.Append(u"\r\n");
-            written = list.Write(line.text, static_cast<uint32_t>(line.Length()) * 2);
-        }
-        if (!written) {
-            list.Close();
-            DeleteFileEx(listFile);
-            return Fail(kExitFailed, "the list of files could not be written");
-        }
+    if (!WriteWideLines(listFile, lines, false)) {
+        DeleteFileEx(listFile);
+        return Fail(kExitFailed, "the list of files could not be written");
     }
     clString selected = Text(entry);
     selected.Replace(u"\"", u"{profileqt}");

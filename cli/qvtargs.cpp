@@ -67,12 +67,7 @@ clString Text(const std::string& utf8) {
     return text;
 }
 
-std::string Utf8(const clString& text) {
-    int32_t length = text.Length();
-    std::string bytes(static_cast<size_t>(Utf8LengthOf(text.text, length)), '\0');
-    Utf16ToUtf8(text.text, length, bytes.data());
-    return bytes;
-}
+std::string Utf8(const clString& text) { return StringToUtf8(text); }
 
 std::filesystem::path PathOf(const std::string& utf8) {
     return std::filesystem::path(std::u8string(utf8.begin(), utf8.end()));

@@ -36,22 +36,6 @@ clString HandOverFilePath() {
     return path;
 }
 
-bool WriteWideLines(const clString& path, const clStringList& lines, bool append) {
-    clFile file;
-    file.fileName = path;
-    file.Open(clAccessWrite, append ? clOpenAlways : clCreateAlways, false, true);
-    if (file.handle == clInvalidHandle) return false;
-    // Several senders may queue before the reader runs, so each one adds
-    // to the end of what is there.
-    if (append && PlatformSeekFile(file.handle, 0, clSeekEnd) < 0) return false;
-    for (int64_t i = 0; i < lines.Count(); ++i) {
-        clString line = lines[i];
-        line.Append(u"\r\n");
-        if (!file.Write(line.text, static_cast<uint32_t>(line.Length()) * 2)) return false;
-    }
-    return true;
-}
-
 bool HandOverToOpenWindow(const clString& listFile) {
     XEvent event;
     if (!event.Create(kHandOverEventName) || !event.existed) return false;

@@ -22,11 +22,6 @@ constexpr const char16_t* kHandOverEventName = u"evtCanAddFilesToExistingTC";
 // in the application data folder.
 clString HandOverFilePath();
 
-// Appends each line as UTF-16LE followed by CR LF, without a byte-order
-// mark; `append` false replaces the file. False when the file could not be
-// opened or written.
-bool WriteWideLines(const clString& path, const clStringList& lines, bool append);
-
 // The sending side. True when an options window took the files: they are
 // then appended to the hand-over file and the event is set. The list file
 // itself stays where it is in that case.

@@ -18,12 +18,7 @@ namespace {
 // Plain output repeats the progress at most this often.
 constexpr uint32_t kPlainProgressMs = 5000;
 
-std::string Utf8(const clString& text) {
-    int32_t length = text.Length();
-    std::string bytes(static_cast<size_t>(Utf8LengthOf(text.text, length)), '\0');
-    Utf16ToUtf8(text.text, length, bytes.data());
-    return bytes;
-}
+std::string Utf8(const clString& text) { return StringToUtf8(text); }
 
 // Cuts a line to `columns` characters (code points; the texts shown have
 // no wide characters that matter for a progress line).

@@ -3,6 +3,7 @@
 #include "foundation/messagebox.h"
 #include "foundation/pathtext.h"
 #include "foundation/platform/textcodec.h"
+#include "foundation/stringlist.h"
 #include "foundation/utf.h"
 
 namespace {
@@ -171,4 +172,20 @@ uint64_t clFile::GetFileSize64(const clString& path, bool* failed) {
         return 0;
     }
     return static_cast<uint64_t>(size);
+}
+
+bool WriteWideLines(const clString& path, const clStringList& lines, bool append) {
+    clFile file;
+    file.fileName = path;
+    file.Open(clAccessWrite, append ? clOpenAlways : clCreateAlways, false, true);
+    if (file.handle == clInvalidHandle) return false;
+    // Several senders may queue before the reader runs, so each one adds
+    // to the end of what is there.
+    if (append && PlatformSeekFile(file.handle, 0, clSeekEnd) < 0) return false;
+    for (int64_t i = 0; i < lines.Count(); ++i) {
+        clString line = lines[i];
+        line.Append(u"\r\n");
+        if (!file.Write(line.text, static_cast<uint32_t>(line.Length()) * 2)) return false;
+    }
+    return true;
 }

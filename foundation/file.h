@@ -14,6 +14,8 @@
 #include "foundation/clstring.h"
 #include "foundation/platform/fileio.h"
 
+class clStringList;
+
 class clFile {
 public:
     clString fileName;    // as the caller gave it, without a long-path prefix
@@ -42,3 +44,9 @@ private:
     bool ReadLineBytes(clString& target, bool utf8);
     bool ReadLineWide(clString& target);
 };
+
+// Writes each line as UTF-16LE followed by CR LF, without a byte-order
+// mark: the form of list files. `append` adds to the end of what is there;
+// otherwise the file is replaced. False when it could not be opened or
+// written.
+bool WriteWideLines(const clString& path, const clStringList& lines, bool append);

@@ -120,3 +120,10 @@ void Utf8ToString(const char* bytes, int64_t byteCount, clString& target) {
     out[n] = 0;
     target.size = static_cast<int32_t>(n + 1);
 }
+
+std::string StringToUtf8(const clString& text) {
+    int32_t length = text.Length();
+    std::string bytes(static_cast<size_t>(Utf8LengthOf(text.text, length)), '\0');
+    Utf16ToUtf8(text.text, length, bytes.data());
+    return bytes;
+}

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 class clString;
 
@@ -19,3 +20,7 @@ int64_t Utf16ToUtf8(const char16_t* text, int32_t length, char* out);
 
 // Decodes `byteCount` bytes of UTF-8 into `target` (replacing its contents).
 void Utf8ToString(const char* bytes, int64_t byteCount, clString& target);
+
+// The UTF-8 form of a whole string, for text that leaves the program as
+// bytes (a terminal, standard output).
+std::string StringToUtf8(const clString& text);

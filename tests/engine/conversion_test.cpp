@@ -30,13 +30,7 @@ protected:
     std::mt19937 random{7};
 
     ConversionTest() {
-        SetSettingsRoot(clHkeyCurrentUser, u"Software\\Harrowmere\\Quillotone");
-        globalEncoder = u"Scripted";
-        globalProfile.Clear();
-        services.tickCount = [this] { return now; };
-        services.launcher = &launcher;
-        services.workerProgram = u"ConvertWorker";
-        services.processorCount = 64;
+        services = ScriptedConversion(launcher, now, 64);
         services.askCancel = [this] {
             ++cancelQuestions;
             return true;

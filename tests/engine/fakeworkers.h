@@ -7,7 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "engine/conversion.h"
+#include "engine/globals.h"
 #include "engine/workerlauncher.h"
+#include "foundation/settings.h"
 #include "tests/support/testfolder.h"
 
 struct FakeWorkerState {
@@ -70,4 +73,19 @@ inline std::u16string OptionOf(const std::u16string& text, const std::u16string&
     if (at == std::u16string::npos) return std::u16string();
     at += marker.size();
     return text.substr(at, text.find(u'"', at) - at);
+}
+
+// A conversion of the entry "Scripted" on the scripted launcher, with the
+// clock at `now`, and no power action whatever is chosen.
+inline clConversionServices ScriptedConversion(FakeLauncher& launcher, const uint32_t& now, int32_t processors) {
+    SetSettingsRoot(clHkeyCurrentUser, u"Software\\Harrowmere\\Quillotone");
+    globalEncoder = u"Scripted";
+    globalProfile.Clear();
+    clConversionServices services;
+    services.tickCount = [&now] { return now; };
+    services.launcher = &launcher;
+    services.workerProgram = u"ConvertWorker";
+    services.processorCount = processors;
+    services.performAfterAction = [](int32_t) {};
+    return services;
 }

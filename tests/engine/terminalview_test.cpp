@@ -33,14 +33,7 @@ protected:
     int ticks = 0;
 
     TerminalViewTest() {
-        SetSettingsRoot(clHkeyCurrentUser, u"Software\\Harrowmere\\Quillotone");
-        globalEncoder = u"Scripted";
-        globalProfile.Clear();
-        services.tickCount = [this] { return now; };
-        services.launcher = &launcher;
-        services.workerProgram = u"ConvertWorker";
-        services.processorCount = 2;
-        services.performAfterAction = [](int32_t) {};
+        services = ScriptedConversion(launcher, now, 2);
         io.width = 60;
         io.write = [this](const std::string& text) { screen += text; };
         io.readLine = [this](std::string& line, bool wait) {
