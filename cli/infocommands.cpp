@@ -24,7 +24,8 @@ const char* const kPluginsHelp = R"help(Usage: qvt plugins
 
 Lists the installed decoders with the extensions they read, the encoders
 (the entries --to takes, with the extension each writes) and the effects
-(the names --effect takes).
+(the names --effect takes), each with what its option string (--options)
+or its settings ("NAME=SETTINGS") take.
 )help";
 
 const char* const kNameHelp = R"help(Usage: qvt name [--folder DIR] [--to ENTRY] RULE FILE...
@@ -40,12 +41,14 @@ rule applies (default: the source's drive).
 const char* const kSettingsHelp = R"help(Usage: qvt settings get KEY NAME
        qvt settings set KEY NAME VALUE [--number]
        qvt settings list [KEY]
-       qvt settings delete KEY
+       qvt settings delete KEY [NAME]
 
 Reads and writes the settings store by hand. KEY is a path below
 "Software\Harrowmere\Quillotone" (empty for that root itself), e.g.
 "qvtCodec\FLAC\qvt". "set" writes text, or a number with --number. "list"
-names the keys below KEY. "delete" removes KEY with everything below it.
+names the keys below KEY (each ending in a backslash), then its values as
+NAME = VALUE. "delete" removes the value NAME, or without NAME the key KEY
+with everything below it.
 )help";
 
 const char* const kProfileHelp = R"help(Usage: qvt profile list
@@ -74,6 +77,25 @@ std::u16string KeyPath(const std::string& key) {
     return path;
 }
 
+// A value as "get" and "list" print it: text as it is, else the number.
+std::string ValueText(const clString& name, const std::u16string& key) {
+    clString text = GetSettingText(name.text, 0, key.c_str());
+    if (!text.IsEmpty()) return Utf8(text);
+    return std::to_string(GetSettingNumber(name.text, 0, key.c_str()));
+}
+
+// The option help of a plug-in, indented below its name.
+void PrintOptionHelp(const clString& help) {
+    std::string text = Utf8(help);
+    size_t start = 0;
+    while (start < text.size()) {
+        size_t end = text.find('\n', start);
+        if (end == std::string::npos) end = text.size();
+        std::printf("      %s\n", text.substr(start, end - start).c_str());
+        start = end + 1;
+    }
+}
+
 }  // namespace
 
 int PluginsCommand(const std::vector<std::string>& words) {
@@ -93,6 +115,7 @@ int PluginsCommand(const std::vector<std::string>& words) {
     std::printf("Encoders:\n");
     for (int64_t i = 0; i < encoders.Count(); ++i) {
         std::printf("  %-28s %s\n", Utf8(encoders[i]).c_str(), Utf8(EncoderExtension(encoders[i])).c_str());
+        PrintOptionHelp(OptionHelp(encoders[i], false));
     }
     std::printf("Effects:\n");
     clString folder = JoinPath(GetProgramFolder(), clString(u"DSPs"));
@@ -103,7 +126,10 @@ int PluginsCommand(const std::vector<std::string>& words) {
         effects.push_back(Utf8(GetFileBaseName(find.fullName)));
     }
     std::sort(effects.begin(), effects.end());
-    for (const std::string& e : effects) std::printf("  %s\n", e.c_str());
+    for (const std::string& e : effects) {
+        std::printf("  %s\n", e.c_str());
+        PrintOptionHelp(OptionHelp(Text(e), true));
+    }
     return kExitOk;
 }
 
@@ -158,11 +184,7 @@ int SettingsCommand(const std::vector<std::string>& words) {
         std::u16string key = KeyPath(p[1]);
         clString name = Text(p[2]);
         if (!SettingExists(name.text, 0, key.c_str())) return Fail(kExitFailed, "no value '" + p[2] + "' there");
-        clString text = GetSettingText(name.text, 0, key.c_str());
-        if (!text.IsEmpty())
-            std::printf("%s\n", Utf8(text).c_str());
-        else
-            std::printf("%u\n", GetSettingNumber(name.text, 0, key.c_str()));
+        std::printf("%s\n", ValueText(name, key).c_str());
         return kExitOk;
     }
     if (verb == "set" && p.size() == 4) {
@@ -180,9 +202,20 @@ int SettingsCommand(const std::vector<std::string>& words) {
         return stored ? kExitOk : Fail(kExitFailed, "the value could not be stored");
     }
     if (verb == "list" && p.size() <= 2) {
+        std::u16string key = KeyPath(p.size() == 2 ? p[1] : "");
         clStringList names;
-        EnumSettingKeys(KeyPath(p.size() == 2 ? p[1] : "").c_str(), names);
-        for (int64_t i = 0; i < names.Count(); ++i) std::printf("%s\n", Utf8(names[i]).c_str());
+        EnumSettingKeys(key.c_str(), names);
+        for (int64_t i = 0; i < names.Count(); ++i) std::printf("%s\\\n", Utf8(names[i]).c_str());
+        EnumSettingValues(key.c_str(), names);
+        for (int64_t i = 0; i < names.Count(); ++i) {
+            std::printf("%s = %s\n", Utf8(names[i]).c_str(), ValueText(names[i], key).c_str());
+        }
+        return kExitOk;
+    }
+    if (verb == "delete" && p.size() == 3) {
+        if (!DeleteSettingValue(Text(p[2]).text, KeyPath(p[1]).c_str())) {
+            return Fail(kExitFailed, "no value '" + p[2] + "' there");
+        }
         return kExitOk;
     }
     if (verb == "delete" && p.size() == 2 && !p[1].empty()) {

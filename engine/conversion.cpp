@@ -74,6 +74,19 @@ void AddLogEntry(clLogEntries& log, const clString& encoderName, const clWorkerS
 clConversionServices clConversionServices::Defaults() {
     clConversionServices services;
     services.tickCount = PlatformTickCount;
+    // QUILLOTONE_CLOCK_RATE runs the engine's clock faster, for the fault
+    // tests of the real program: a hung worker is declared after 60 s of
+    // engine time, which a rate of 20 makes 3 s. Workers beat every second
+    // of real time, so a rate of 50 or more would trip healthy ones.
+    clString rateText;
+    if (PlatformGetEnvironment(u"QUILLOTONE_CLOCK_RATE", rateText)) {
+        int64_t rate = rateText.ToInt64();
+        if (rate > 1 && rate < 50) {
+            static uint32_t clockRate = 1;
+            clockRate = static_cast<uint32_t>(rate);
+            services.tickCount = [] { return PlatformTickCount() * clockRate; };
+        }
+    }
     services.launcher = &ProcessWorkerLauncher();
     services.workerProgram = JoinPath(GetProgramFolder(), clString(u"ConvertWorker"));
     services.workerProgram.Append(PlatformExecutableSuffix());
@@ -155,6 +168,24 @@ void clConversion::PlanSlots() {
         slot->hidden = i == 0 ? plan.count <= 1 : plan.count < i + 1;
         slots.Add(slot);
     }
+}
+
+bool clConversion::TickDue() {
+    if (pausePressed) return false;
+    if (state == kStateExamining) return examineThread.HasEnded();
+    if (state == kStateFinalizing) return finalizeThread.HasEnded();
+    if (state != kStateConverting) return false;
+    for (int64_t i = 0; i < slots.Count(); ++i) {
+        clWorkerSlot& slot = slots[i];
+        if (slot.running != 1) {
+            if (i < activeSlots && i < targetSlots && nextJob < jobs.Count()) return true;
+            continue;
+        }
+        if (slot.isDirectCopy ? slot.copyThread.HasEnded() : slot.worker != nullptr && slot.worker->HasEnded()) {
+            return true;
+        }
+    }
+    return false;
 }
 
 void clConversion::Tick() {

@@ -115,6 +115,11 @@ public:
     // The 50 ms timer. A tick that starts while one is in progress (a
     // question asked from within it) returns at once.
     void Tick();
+    // True when the next tick has work waiting: the examination is done, a
+    // slot is free for a job (a worker gone, a copy done), or the
+    // finishing is. A view may tick early then, so that a core does not
+    // idle out the rest of the 50 ms before its next file starts.
+    bool TickDue();
     // The Pause button.
     void SetPause(bool pressed);
     // The Cancel button and the window's close: "Finish" once finished,

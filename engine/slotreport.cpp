@@ -1,6 +1,7 @@
 #include "engine/slotreport.h"
 
 const char16_t* const kKeepRowText = u"NOLBL";
+const char16_t* const kReportCutLine = u"[further output of this job was cut]";
 
 namespace {
 
@@ -18,9 +19,16 @@ void ForEachLine(const clString& text, Take take) {
     }
 }
 
-void AppendLine(clString& to, const clString& line) {
-    if (!to.IsEmpty()) to.Append(u"\r\n");
-    to.Append(line);
+void AppendLine(clString& to, const clString& line, bool& cut) {
+    if (cut) return;
+    if (to.Length() + line.Length() > kReportTextLimit) {
+        cut = true;
+        if (!to.IsEmpty()) to.AppendGrowing(u"\r\n");
+        to.AppendGrowing(kReportCutLine);
+        return;
+    }
+    if (!to.IsEmpty()) to.AppendGrowing(u"\r\n");
+    to.AppendGrowing(line);
 }
 
 }  // namespace
@@ -45,12 +53,19 @@ void clSlotReport::Reset(int64_t sourceLengthMs) {
     actionOutput.Clear();
     errorText.Clear();
     infoText.Clear();
+    tempFile.Clear();
+    errorCut = false;
+    infoCut = false;
 }
 
-void clSlotReport::AddError(const clString& line) { AppendLine(errorText, line); }
+// The program's own lines are few and always kept, past the limit too.
+void clSlotReport::AddError(const clString& line) {
+    if (!errorText.IsEmpty()) errorText.Append(u"\r\n");
+    errorText.Append(line);
+}
 
 void clSlotReport::TakeErrors(const clString& text) {
-    ForEachLine(text, [this](const clString& line) { AppendLine(errorText, line); });
+    ForEachLine(text, [this](const clString& line) { AppendLine(errorText, line, errorCut); });
 }
 
 void clSlotReport::TakeOutput(const clString& text) {
@@ -58,7 +73,7 @@ void clSlotReport::TakeOutput(const clString& text) {
         if (line.Find(u"MSGTO: ") != 0) {
             TakeMessage(line);
         } else {
-            AppendLine(infoText, line);
+            AppendLine(infoText, line, infoCut);
         }
     });
 }
@@ -80,6 +95,8 @@ void clSlotReport::TakeMessage(const clString& line) {
         actionInput = value;
     } else if (key.Equals(u"ActionOutput")) {
         actionOutput = value;
+    } else if (key.Equals(u"TempFile")) {
+        tempFile = value;
     }
 }
 

@@ -19,12 +19,20 @@ bool WatchdogTripped(uint32_t now, uint32_t lastHeartbeat);
 // The text a row shows while the previous text is kept (see RowText).
 extern const char16_t* const kKeepRowText;
 
+// A job keeps at most this many characters of error and of information
+// text; a worker that floods its pipes must not flood the logs, nor the
+// memory that holds them. The line that says so is added once.
+constexpr int32_t kReportTextLimit = 65536;
+extern const char16_t* const kReportCutLine;
+
 class clSlotReport {
 public:
     int32_t percent = 0;   // 0..100, never falls while a job runs
     int64_t lengthMs = 0;  // the source's length until the worker says "msLen"
     clString action, actionInput, actionOutput;
     clString errorText, infoText;  // lines joined by CR LF
+    // The worker's temporary output ("TempFile"), while it writes it.
+    clString tempFile;
     uint32_t textTick = 0;
     uint32_t textEmptySince = 0;
 
@@ -44,5 +52,7 @@ public:
     clString RowText(uint32_t now);
 
 private:
+    bool errorCut = false, infoCut = false;
+
     void TakeMessage(const clString& line);
 };

@@ -160,8 +160,12 @@ void clTerminalView::Draw(const clConversion& conversion, bool force) {
         DrawPlain(conversion, force);
         return;
     }
-    // Every other tick: ten redraws a second at most.
-    if (cancelAsked || (!force && ticks % 2 != 0)) return;
+    // Ten redraws a second at most, however often the conversion ticks.
+    if (cancelAsked) return;
+    const uint32_t now = tickCount ? tickCount() : 0;
+    if (!force && everDrawn && now - lastDraw < 100) return;
+    everDrawn = true;
+    lastDraw = now;
     std::vector<std::string> lines = RenderConversion(conversion, io.width);
     if (lines == drawn) return;
     std::string text;
@@ -276,8 +280,9 @@ int clTerminalView::Run(clConversionInput& input, clConversionServices services)
     conversion.Open();
     uint32_t interrupts = io.interruptCount();
     while (!conversion.closed) {
-        io.sleep(50);
-        ++ticks;
+        // A tick every 50 ms, or sooner when work waits for it: the next
+        // file then starts at once.
+        for (int waited = 0; waited < 50 && !conversion.TickDue(); waited += 5) io.sleep(5);
         uint32_t count = io.interruptCount();
         if (count != interrupts) {
             interrupts = count;

@@ -79,7 +79,8 @@ private:
     bool cancelAsked = false;  // the question is on screen
     bool cancelled = false;
     bool logsShown = false;
-    int ticks = 0;
+    bool everDrawn = false;
+    uint32_t lastDraw = 0;  // tick count of the last redraw
 
     void Draw(const clConversion& conversion, bool force);
     void DrawPlain(const clConversion& conversion, bool force);

@@ -140,8 +140,18 @@ void clWorkerSlot::DrainPipes(bool final) {
 void clWorkerSlot::EndJob() {
     if (worker != nullptr) {
         DrainPipes(true);
+        const bool workerEnded = worker->HasEnded();
         delete worker;
         worker = nullptr;
+        // A worker removes its temporary output itself, by renaming it into
+        // place or on failure; one still there was left by a worker that
+        // died mid-file (killed, say), which no crash handler can report.
+        if (!tempFile.IsEmpty() && PathExists(tempFile)) {
+            DeleteFileEx(tempFile);
+            if (workerEnded)
+                AddError(
+                    clString(u"Error: ConvertWorker ended before finishing the output, possible ConvertWorker crash"));
+        }
     }
     if (isDirectCopy) {
         percent = copyPercent;

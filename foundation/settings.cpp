@@ -118,6 +118,30 @@ bool EnumSettingKeys(const char16_t* keyPath, clStringList& names) {
     return true;
 }
 
+bool EnumSettingValues(const char16_t* keyPath, clStringList& names) {
+    names.Clear();
+    clRegKey key = 0;
+    if (PlatformRegCreateKey(clHiveCurrentUser, keyPath != nullptr ? keyPath : u"", clKeyRead, &key) != clRegOk ||
+        key == 0) {
+        return false;
+    }
+    clString name;
+    for (uint32_t i = 0; PlatformRegEnumValue(key, i, name) == clRegOk; ++i) names.Add(name);
+    PlatformRegCloseKey(key);
+    return true;
+}
+
+bool DeleteSettingValue(const char16_t* name, const char16_t* keyPath) {
+    clRegKey key = 0;
+    if (PlatformRegCreateKey(clHiveCurrentUser, keyPath != nullptr ? keyPath : u"", clKeyAllAccess, &key) != clRegOk ||
+        key == 0) {
+        return false;
+    }
+    bool deleted = PlatformRegDeleteValue(key, name) == clRegOk;
+    PlatformRegCloseKey(key);
+    return deleted;
+}
+
 void DeleteSettingKeyTree(const char16_t* parentPath, const char16_t* name) {
     if (name == nullptr || name[0] == 0) return;
     clString composed(parentPath);

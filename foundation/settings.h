@@ -44,5 +44,10 @@ bool SettingExists(const char16_t* name, uint64_t hive = 0, const char16_t* keyP
 // The names of the sub-keys of `keyPath` in HKEY_CURRENT_USER (null or
 // empty: the top level). False when the key can't be opened.
 bool EnumSettingKeys(const char16_t* keyPath, clStringList& names);
+// The names of the values of `keyPath` in HKEY_CURRENT_USER. False when
+// the key can't be opened.
+bool EnumSettingValues(const char16_t* keyPath, clStringList& names);
+// Deletes one value; false when it isn't there or can't be deleted.
+bool DeleteSettingValue(const char16_t* name, const char16_t* keyPath);
 // Deletes `parent\name` with everything below it, in HKEY_CURRENT_USER.
 void DeleteSettingKeyTree(const char16_t* parentPath, const char16_t* name);

@@ -51,6 +51,24 @@ clString EncoderExtension(const clString& name) {
     return clString(query.text1);
 }
 
+clString OptionHelp(const clString& name, bool effect) {
+    const qv_log_record noLog{};
+    qv_query_record query{};
+    if (effect) {
+        clQvDSP dsp;
+        if (!clQvCodecHandler::LoadDSP(name, dsp, &noLog) || dsp.Get(dsp.instance, u"OptionHelp", &query) == 0) {
+            return clString();
+        }
+        return clString(query.text1);
+    }
+    clQvEncoder encoder;
+    if (!clQvCodecHandler::LoadEncoder(name, encoder, &noLog) ||
+        encoder.Get(encoder.instance, u"OptionHelp", &query) == 0) {
+        return clString();
+    }
+    return clString(query.text1);
+}
+
 clString EncoderOfProfile(const clString& text) {
     int32_t length = text.Length();
     if (length == 0 || text.CharAt(length) != u'"') return text;

@@ -27,6 +27,9 @@ clString DSPLibraryPath(const clString& name);
 // The extension (with its dot) that the named encoder writes; empty when
 // the library can't be loaded or gives no answer.
 clString EncoderExtension(const clString& name);
+// What an encoder (or effect) says of its option string ("OptionHelp"):
+// lines ending in LF; empty when it says nothing or can't be loaded.
+clString OptionHelp(const clString& name, bool effect);
 // The encoder of an encoder-list entry: a profile is written
 //   Profile name "Encoder"
 // and gives what stands between its last two double quotes; a text that

@@ -311,7 +311,9 @@ typedef int32_t (*qv_DeleteATag)(uint64_t instance, const qv_char* name);
 /* Encoder. ENC_Get keys: "Extension" (text1), "NoMultiCPU", "IsLossless",
  * "RequiresDSP" (text2: "Name=settings"), "DisableSameFolder",
  * "DisableConvertToFolder", "GetEstimatedFileSize" (lengthMs, text1,
- * facts in; estimate out), "LastError", "AbiVersion". */
+ * facts in; estimate out), "OptionHelp" (text1: what the option string
+ * takes, lines ending in LF, for people writing one by hand), "LastError",
+ * "AbiVersion". */
 typedef uint64_t (*qv_ENC_Create)(const qv_log_record* log);
 typedef void (*qv_ENC_Destroy)(uint64_t instance);
 typedef int32_t (*qv_ENC_Get)(uint64_t instance, const qv_char* key, qv_query_record* record);
@@ -329,7 +331,8 @@ typedef int32_t (*qv_ENC_EncodeBlock)(uint64_t instance, const qv_audio_block* b
  * analysis pass), "Tags" (after DSP_EndConversion; answered: `facts`
  * points at the effect's final tag block, `estimate` is its size, valid
  * until the next call), "BatchEndConversion" (a qv_batch_end_record),
- * "LastError", "AbiVersion". */
+ * "OptionHelp" (as for encoders, of the settings), "LastError",
+ * "AbiVersion". */
 typedef uint64_t (*qv_DSP_Create)(const qv_log_record* log);
 typedef void (*qv_DSP_Destroy)(uint64_t instance);
 typedef int32_t (*qv_DSP_Get)(uint64_t instance, const qv_char* key, qv_query_record* record);

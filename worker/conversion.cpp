@@ -90,7 +90,8 @@ std::u16string Conversion::TemporaryPath(const WorkerCommand& what, uint64_t uni
     clString output(what.outFile.c_str());
     clString folder = what.tmpFolder.empty() ? GetFolderPart(output) : clString(what.tmpFolder.c_str());
     std::u16string name = GetFileBaseName(output).text;
-    name += u".qvtmp" + Digits(unique) + GetExtension(output).text;
+    name +=
+        u".qvtmp" + std::u16string(GetProcessGuidText().text, 8) + u"-" + Digits(unique) + GetExtension(output).text;
     return JoinPath(folder, clString(name.c_str())).text;
 }
 
@@ -182,6 +183,9 @@ bool Conversion::BeginEncoder() {
             PlatformCloseFile(taken);
             // Even a crash must not leave it behind.
             PlatformSetCrashRemovesFile(temporary.c_str());
+            // The front end removes it if this process dies where no
+            // handler runs.
+            report.Message(u"TempFile", temporary);
             break;
         }
         if (PlatformGetLastError() != clErrorFileExists && PlatformGetLastError() != clErrorAlreadyExists) {

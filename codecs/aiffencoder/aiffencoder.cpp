@@ -121,6 +121,11 @@ struct Encoder : qvc::UncompressedWriter {
 };
 
 constexpr const char* kExtension = ".aiff";
+// What "qvt plugins" shows of the options (see the top of this file).
+constexpr const char* kOptionHelp =
+    "-bits=\"8|16|24|32|float\"   the sample format written; without it the\n"
+    "                           stream's own: integer audio at its depth\n"
+    "                           (rounded up to whole bytes), float as float\n";
 constexpr bool kLossless = true;
 constexpr const char* kRequiredEffect = nullptr;
 uint64_t EstimatedSize(uint64_t lengthMs, const qv_stream_facts* facts) {

@@ -74,6 +74,10 @@ struct Effect : qvc::EffectBase {
 };
 
 constexpr bool kTwoPass = false;
+// What "qvt plugins" shows of the options (see the top of this file).
+constexpr const char* kOptionHelp =
+    "-bits=\"8|16|24|32\"   the output depth, 16 when not given\n"
+    "-dither=\"0\"          round without dither\n";
 
 }  // namespace
 

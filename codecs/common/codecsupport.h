@@ -141,7 +141,14 @@ private:
 // The keys every plug-in answers alike: "LastError" (the text of the last
 // failure, if any) and "AbiVersion". -1 for any other key.
 inline int32_t AnswerShared(const qv_char* key, qv_query_record* record, const std::u16string& error,
-                            Answer& errorAnswer) {
+                            Answer& errorAnswer, const char* optionHelp = nullptr) {
+    if (KeyIs(key, "OptionHelp")) {
+        if (optionHelp == nullptr) return 0;
+        // One text per library, made on the first question.
+        static const std::u16string help = FromAscii(optionHelp);
+        record->text1 = help.c_str();
+        return 1;
+    }
     if (KeyIs(key, "LastError")) {
         if (error.empty()) return 0;
         record->text1 = errorAnswer.Set(error);

@@ -12,6 +12,7 @@
 //     bool After(const qv_after_record& record)
 //     bool BatchEnd(const qv_batch_end_record& record)
 //   kTwoPass   whether it wants an analysis pass first
+//   kOptionHelp  what its settings take, for "qvt plugins"
 // EffectBase gives the ones an effect has no use for.
 #pragma once
 
@@ -45,7 +46,7 @@ QV_EXPORT int32_t DSP_Get(uint64_t handle, const qv_char* key, qv_query_record* 
     if (qvc::KeyIs(key, "BatchEndConversion")) {
         return self->BatchEnd(*reinterpret_cast<const qv_batch_end_record*>(record)) ? 1 : 0;
     }
-    int32_t shared = qvc::AnswerShared(key, record, self->error, self->errorAnswer);
+    int32_t shared = qvc::AnswerShared(key, record, self->error, self->errorAnswer, kOptionHelp);
     return shared < 0 ? 0 : shared;
 }
 

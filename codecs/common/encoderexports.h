@@ -8,6 +8,7 @@
 //   kExtension      the extension its files get
 //   kLossless       whether it keeps every sample
 //   EstimatedSize   the expected size of a file of that length and facts
+//   kOptionHelp     what its option string takes, for "qvt plugins"
 //   kRequiredEffect the effect ("Name=settings") its format needs ahead of
 //                   it, or null
 #pragma once
@@ -54,7 +55,7 @@ QV_EXPORT int32_t ENC_Get(uint64_t handle, const qv_char* key, qv_query_record* 
         record->estimate = EstimatedSize(record->lengthMs, static_cast<const qv_stream_facts*>(record->facts));
         return 1;
     }
-    int32_t shared = qvc::AnswerShared(key, record, self->error, self->errorAnswer);
+    int32_t shared = qvc::AnswerShared(key, record, self->error, self->errorAnswer, kOptionHelp);
     return shared < 0 ? 0 : shared;
 }
 

@@ -230,6 +230,11 @@ struct Encoder : qvc::EncoderBase {
 };
 
 constexpr const char* kExtension = ".flac";
+// What "qvt plugins" shows of the options (see the top of this file).
+constexpr const char* kOptionHelp =
+    "-level=\"0..8\"   compression level, 5 when not given\n"
+    "-verify=\"1\"     decode every frame again while encoding and fail on\n"
+    "                any difference\n";
 constexpr bool kLossless = true;
 constexpr const char* kRequiredEffect = nullptr;
 // About 58 % of the PCM size for music at the usual levels.

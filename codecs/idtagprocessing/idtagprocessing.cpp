@@ -133,6 +133,16 @@ struct Effect : qvc::EffectBase {
 };
 
 constexpr bool kTwoPass = false;
+// What "qvt plugins" shows of the options (see the top of this file).
+constexpr const char* kOptionHelp =
+    "-delall                    delete every tag, pictures included\n"
+    "-delexcept=\"a;b\"           delete every tag but those named\n"
+    "-remove=\"name\"             delete one tag (may be repeated)\n"
+    "-set=\"name=value\"          give a tag this value, replacing any\n"
+    "                           other (may be repeated)\n"
+    "-append=\"name=value\"       add a value to a tag, after the ones it\n"
+    "                           has (may be repeated)\n"
+    "Names are compared ignoring case; \"picture\" names the pictures.\n";
 
 }  // namespace
 

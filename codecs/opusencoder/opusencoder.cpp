@@ -124,6 +124,10 @@ struct Encoder : qvc::EncoderBase {
 };
 
 constexpr const char* kExtension = ".opus";
+// What "qvt plugins" shows of the options (see the top of this file).
+constexpr const char* kOptionHelp =
+    "-bitrate=\"6..510\"     kbit/s, 128 when not given\n"
+    "-complexity=\"0..10\"   10 when not given\n";
 constexpr bool kLossless = false;
 constexpr const char* kRequiredEffect = nullptr;
 // At the default 128 kbit/s.

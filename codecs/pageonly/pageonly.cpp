@@ -14,6 +14,10 @@ struct Effect : qvc::EffectBase {
 };
 
 constexpr bool kTwoPass = false;
+// What "qvt plugins" shows of the options (see the top of this file).
+constexpr const char* kOptionHelp =
+    "read by the program itself (its rules, or the number of files at once);\n"
+    "this library passes the audio on unchanged\n";
 
 }  // namespace
 

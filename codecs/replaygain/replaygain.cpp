@@ -236,6 +236,8 @@ struct Effect : qvc::EffectBase {
 };
 
 constexpr bool kTwoPass = false;
+// What "qvt plugins" shows of the options (see the top of this file).
+constexpr const char* kOptionHelp = "(no settings)\n";
 
 }  // namespace
 

@@ -108,6 +108,8 @@ struct Effect : qvc::EffectBase {
 };
 
 constexpr bool kTwoPass = false;
+// What "qvt plugins" shows of the options (see the top of this file).
+constexpr const char* kOptionHelp = "-rate=\"N\"   the output rate in Hz, 1,000 to 768,000\n";
 
 }  // namespace
 

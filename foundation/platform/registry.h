@@ -39,6 +39,10 @@ long PlatformRegCreateKey(uint64_t hive, const char16_t* path, uint32_t access, 
 long PlatformRegQueryValue(clRegKey key, const char16_t* name, uint32_t* type, void* data, uint32_t* bytes);
 long PlatformRegSetValue(clRegKey key, const char16_t* name, uint32_t type, const void* data, uint32_t bytes);
 long PlatformRegEnumKey(clRegKey key, uint32_t index, clString& name);
+// The name of the value at `index` ("" is the key's default value). The
+// order is the store's own; it holds while nothing is written.
+long PlatformRegEnumValue(clRegKey key, uint32_t index, clString& name);
+long PlatformRegDeleteValue(clRegKey key, const char16_t* name);
 // Deletes a sub-key that has no sub-keys of its own, with its values.
 long PlatformRegDeleteKey(clRegKey parent, const char16_t* name);
 void PlatformRegCloseKey(clRegKey key);

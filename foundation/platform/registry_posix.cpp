@@ -99,6 +99,9 @@ public:
         return statements[which];
     }
 
+    // Rows the last statement changed.
+    int Changes() { return db != nullptr ? sqlite3_changes(db) : 0; }
+
     bool Exec(const char* sql) {
         if (!Ready()) return false;
         return sqlite3_exec(db, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
@@ -118,7 +121,19 @@ public:
         }
     }
 
-    enum { kFindKey, kInsertKey, kGetValue, kSetValue, kEnumKeys, kCountChildren, kDeleteValues, kDeleteKey, kCount };
+    enum {
+        kFindKey,
+        kInsertKey,
+        kGetValue,
+        kSetValue,
+        kEnumKeys,
+        kCountChildren,
+        kDeleteValues,
+        kDeleteKey,
+        kEnumValues,
+        kDeleteValue,
+        kCount
+    };
 
 private:
     sqlite3* db = nullptr;
@@ -140,6 +155,8 @@ private:
          "substr(path, 1, length(?2) + 1) = (?2 || '\\') COLLATE NOCASE"),
         "DELETE FROM vals WHERE key = ?1",
         "DELETE FROM keys WHERE id = ?1",
+        "SELECT name FROM vals WHERE key = ?1 ORDER BY name LIMIT 1 OFFSET ?2",
+        "DELETE FROM vals WHERE key = ?1 AND name = ?2",
     };
 
     Store() {
@@ -296,6 +313,38 @@ long PlatformRegEnumKey(clRegKey key, uint32_t index, clString& name) {
     }
     sqlite3_reset(s);
     return rc;
+}
+
+long PlatformRegEnumValue(clRegKey key, uint32_t index, clString& name) {
+    if (key == 0) return 6;
+    Store& store = Store::Instance();
+    std::lock_guard<std::mutex> guard(store.lock);
+    sqlite3_stmt* s = store.Statement(Store::kEnumValues);
+    if (s == nullptr) return clRegNoMoreItems;
+    sqlite3_bind_int64(s, 1, Of(key)->id);
+    sqlite3_bind_int64(s, 2, index);
+    long rc = clRegNoMoreItems;
+    if (sqlite3_step(s) == SQLITE_ROW) {
+        FromNative(reinterpret_cast<const char*>(sqlite3_column_text(s, 0)), name);
+        rc = clRegOk;
+    }
+    sqlite3_reset(s);
+    return rc;
+}
+
+long PlatformRegDeleteValue(clRegKey key, const char16_t* name) {
+    if (key == 0) return 6;
+    Store& store = Store::Instance();
+    std::lock_guard<std::mutex> guard(store.lock);
+    sqlite3_stmt* s = store.Statement(Store::kDeleteValue);
+    if (s == nullptr) return 5;
+    std::string valueName = ValueName(name);
+    sqlite3_bind_int64(s, 1, Of(key)->id);
+    sqlite3_bind_text(s, 2, valueName.c_str(), static_cast<int>(valueName.size()), SQLITE_TRANSIENT);
+    int step = sqlite3_step(s);
+    sqlite3_reset(s);
+    if (step != SQLITE_DONE) return 5;
+    return store.Changes() > 0 ? clRegOk : clRegNotFound;
 }
 
 long PlatformRegDeleteKey(clRegKey parent, const char16_t* name) {

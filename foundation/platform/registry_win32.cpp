@@ -38,6 +38,16 @@ long PlatformRegEnumKey(clRegKey key, uint32_t index, clString& name) {
     return rc;
 }
 
+long PlatformRegEnumValue(clRegKey key, uint32_t index, clString& name) {
+    wchar_t buffer[16384];  // the longest value name the registry allows, and its terminator
+    DWORD length = 16384;
+    LSTATUS rc = RegEnumValueW(K(key), index, buffer, &length, nullptr, nullptr, nullptr, nullptr);
+    if (rc == ERROR_SUCCESS) name.Assign(reinterpret_cast<const char16_t*>(buffer));
+    return rc;
+}
+
+long PlatformRegDeleteValue(clRegKey key, const char16_t* name) { return RegDeleteValueW(K(key), W(name)); }
+
 long PlatformRegDeleteKey(clRegKey parent, const char16_t* name) { return RegDeleteKeyW(K(parent), W(name)); }
 
 void PlatformRegCloseKey(clRegKey key) {

@@ -21,6 +21,9 @@ using clPipeHandle = intptr_t;
 constexpr clPipeHandle clNoPipe = -1;
 
 // A pipe whose read end stays with this process and is never inherited.
+// It holds kPipeBufferBytes where the system allows: the reader drains it
+// on a timer, and a chatty writer blocks whenever it is full.
+constexpr uint32_t kPipeBufferBytes = 1u << 20;
 bool PlatformCreatePipe(clPipeHandle* readEnd, clPipeHandle* writeEnd);
 void PlatformClosePipe(clPipeHandle pipe);
 // The bytes waiting in the pipe, without taking them; -1 when the peek

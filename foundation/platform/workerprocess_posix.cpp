@@ -30,6 +30,9 @@ bool PlatformCreatePipe(clPipeHandle* readEnd, clPipeHandle* writeEnd) {
         return false;
     }
     ::fcntl(ends[0], F_SETFL, ::fcntl(ends[0], F_GETFL) | O_NONBLOCK);
+    // Above the system's limit for users this fails, and the default
+    // 64 KiB stays.
+    ::fcntl(ends[0], F_SETPIPE_SZ, static_cast<int>(kPipeBufferBytes));
     *readEnd = ends[0];
     *writeEnd = ends[1];
     return true;

@@ -14,7 +14,7 @@ bool PlatformCreatePipe(clPipeHandle* readEnd, clPipeHandle* writeEnd) {
     security.bInheritHandle = FALSE;
     HANDLE readHandle = nullptr;
     HANDLE writeHandle = nullptr;
-    if (!CreatePipe(&readHandle, &writeHandle, &security, 0)) return false;
+    if (!CreatePipe(&readHandle, &writeHandle, &security, kPipeBufferBytes)) return false;
     *readEnd = reinterpret_cast<clPipeHandle>(readHandle);
     *writeEnd = reinterpret_cast<clPipeHandle>(writeHandle);
     return true;

@@ -3,22 +3,10 @@
 // platforms), exit codes, one-line errors, names, profiles and settings.
 #include <gtest/gtest.h>
 
-#include <initializer_list>
-#include <string>
-
-#include "foundation/folders.h"
-#include "foundation/pathtext.h"
-#include "foundation/platform/processinfo.h"
-#include "foundation/stringlist.h"
+#include "tests/cli/qvtrun.h"
 #include "tests/codecs/wavefiles.h"
-#include "tests/support/testfolder.h"
 
 namespace {
-
-struct QvtRun {
-    int code = -1;
-    std::string output;
-};
 
 class QvtTest : public ::testing::Test {
 protected:
@@ -36,15 +24,7 @@ protected:
     }
 
     QvtRun Qvt(std::initializer_list<clString> words) {
-        clStringList arguments;
-        for (const clString& w : words) arguments.Add(w);
-        QvtRun run;
-        EXPECT_TRUE(PlatformRunProcess(ProgramPath(u"qvt"), arguments, dir.File(u"qvt.log"), &run.code));
-        // Windows writes text lines with CR LF; the tests read them alike.
-        for (char c : ReadBytes(dir.File(u"qvt.log"))) {
-            if (c != '\r') run.output.push_back(c);
-        }
-        return run;
+        return RunProgram(ProgramPath(u"qvt"), words, dir.File(u"qvt.log"));
     }
     clString Out(const char16_t* name) { return JoinPath(dir.File(u"out"), clString(name)); }
 };
@@ -129,8 +109,12 @@ TEST_F(QvtTest, HelpNamesProfilesAndSettings) {
         EXPECT_EQ(run.code, 0);
         EXPECT_EQ(run.output.rfind("Usage: qvt ", 0), 0u) << run.output;
     }
+    // Each encoder and effect with what its options take.
     QvtRun run = Qvt({clString(u"plugins")});
-    EXPECT_NE(run.output.find("Wave"), std::string::npos) << run.output;
+    EXPECT_NE(run.output.find("  Wave                         .wav\n      -bits=\"8|16|24|32|float\""),
+              std::string::npos)
+        << run.output;
+    EXPECT_NE(run.output.find("  Bit Depth\n      -bits=\"8|16|24|32\""), std::string::npos) << run.output;
     EXPECT_NE(run.output.find("Effects:"), std::string::npos);
 
     run = Qvt({clString(u"name"), clString(u"--to"), clString(u"AIFF"), clString(u"--folder"), dir.File(u"out"),
@@ -159,6 +143,13 @@ TEST_F(QvtTest, HelpNamesProfilesAndSettings) {
               0);
     run = Qvt({clString(u"settings"), clString(u"get"), clString(u"Test"), clString(u"Count")});
     EXPECT_EQ(run.output, "7\n");
+    Qvt({clString(u"settings"), clString(u"set"), clString(u"Test\\Inner"), clString(u"Name"), clString(u"a b")});
+    run = Qvt({clString(u"settings"), clString(u"list"), clString(u"Test")});
+    EXPECT_EQ(run.output, "Inner\\\nCount = 7\n");
+    EXPECT_EQ(Qvt({clString(u"settings"), clString(u"delete"), clString(u"Test\\Inner"), clString(u"Name")}).code, 0);
+    run = Qvt({clString(u"settings"), clString(u"delete"), clString(u"Test\\Inner"), clString(u"Name")});
+    EXPECT_EQ(run.code, 1);
+    EXPECT_EQ(run.output, "qvt: no value 'Name' there\n");
     Qvt({clString(u"settings"), clString(u"delete"), clString(u"Test")});
     run = Qvt({clString(u"settings"), clString(u"get"), clString(u"Test"), clString(u"Count")});
     EXPECT_EQ(run.code, 1);

@@ -87,3 +87,26 @@ TEST(SlotReport, RowTextTurnsEverySixteenTicksAndKeepsTheOldTextBriefly) {
     EXPECT_EQ(Text(report.RowText(7050)), u"Finishing");
     EXPECT_EQ(report.textEmptySince, 0u);
 }
+
+TEST(SlotReport, AFloodOfLinesIsCutOnceAtTheLimitButTheProgramsOwnLinesStay) {
+    clSlotReport report;
+    report.Reset(0);
+    std::u16string line(99, u'x');
+    std::u16string flood;
+    for (int i = 0; i < 2000; ++i) flood += line + u"\r\n";  // 200,000 characters
+    report.TakeErrors(clString(flood.c_str()));
+    report.TakeErrors(clString(flood.c_str()));
+    report.TakeOutput(clString(flood.c_str()));
+    std::u16string errors = Text(report.errorText);
+    EXPECT_LE(errors.size(), static_cast<size_t>(kReportTextLimit) + 100);
+    EXPECT_EQ(errors.find(kReportCutLine), errors.rfind(kReportCutLine)) << "said once";
+    EXPECT_NE(Text(report.infoText).find(kReportCutLine), std::u16string::npos);
+    const std::u16string own = u"\r\nError: Watchdog timeout, possible ConvertWorker crash";
+    report.AddError(clString(own.c_str() + 2));
+    errors = Text(report.errorText);
+    EXPECT_EQ(errors.substr(errors.size() - own.size()), own);
+    // A new job starts with room again.
+    report.Reset(0);
+    report.TakeErrors(clString(u"one\r\n"));
+    EXPECT_EQ(Text(report.errorText), u"one");
+}

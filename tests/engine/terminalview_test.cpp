@@ -28,9 +28,10 @@ protected:
     std::deque<std::string> answers;
     bool inputEnded = false;
     uint32_t interrupts = 0;
-    // Called at each sleep of the view, i.e. once a tick: the script.
+    // Called once a tick: the script.
     std::function<void(int tick)> script = [](int) {};
     int ticks = 0;
+    uint32_t slept = 0;
 
     TerminalViewTest() {
         services = ScriptedConversion(launcher, now, 2);
@@ -46,8 +47,13 @@ protected:
             return true;
         };
         io.interruptCount = [this] { return interrupts; };
+        // The view sleeps in short steps to notice an ended job early; the
+        // script runs once per 50 ms of them.
         io.sleep = [this](uint32_t ms) {
             now += ms;
+            slept += ms;
+            if (slept < 50) return;
+            slept = 0;
             script(++ticks);
         };
     }

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "foundation/folders.h"
 #include "foundation/syncobjects.h"
 #include "tests/engine/fakeworkers.h"
 
@@ -104,6 +105,30 @@ TEST_F(SlotTest, PipesFeedTheReportAndErrorsFailTheJobWhateverFollows) {
     EXPECT_EQ(U(slot.errorText).find(u"Error: broken frame"), 0u);
     EXPECT_TRUE(slot.action.IsEmpty());
     EXPECT_FALSE(w.alive);
+}
+
+// A worker removes its temporary output when it fails; one found after
+// it ended was left by a death no handler saw (SIGKILL, say).
+TEST_F(SlotTest, ATemporaryOutputLeftByAnEndedWorkerFailsTheJobAndGoes) {
+    clString temp = dir.File(u"out.qvtmp0A1B2C3D-0.flac");
+    for (bool leftBehind : {false, true}) {
+        clWorkerSlot slot(env);
+        slot.StartJob(Job());
+        FakeWorkerState& w = *launcher.started.back();
+        WriteBytes(temp, "half");
+        std::u16string message = u"MSGTO: qvt: TempFile: " + U(temp) + u"\r\n";
+        w.out = message;
+        slot.Tick(false, false, 0);
+        EXPECT_EQ(U(slot.tempFile), U(temp));
+        if (!leftBehind) DeleteFileEx(temp);  // renamed into place
+        w.ended = true;
+        slot.Tick(false, false, 0);
+        EXPECT_EQ(slot.running, 0);
+        EXPECT_FALSE(PathExists(temp));
+        EXPECT_EQ(U(slot.errorText).find(u"Error: ConvertWorker ended before finishing the output"),
+                  leftBehind ? 0u : std::u16string::npos)
+            << slot.errorText.ToUtf8();
+    }
 }
 
 TEST_F(SlotTest, WatchdogTripsAfterSixtySecondsOnlyAndPausesNeverTripIt) {

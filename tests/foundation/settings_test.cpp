@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
+
 #include "foundation/folders.h"
 #include "foundation/pathtext.h"
 #include "foundation/platform/processinfo.h"
@@ -95,6 +97,26 @@ TEST_F(Settings, EnumerateAndDeleteTrees) {
     DeleteSettingKeyTree(root.text, u"qvtCodec");
     EnumSettingKeys(root.text, names);
     EXPECT_EQ(names.Count(), 0);
+}
+
+TEST_F(Settings, ValuesAreListedAndDeletedOneByOne) {
+    clString key = Sub(u"Values");
+    SetSettingNumber(3, u"Count", 0, key.text);
+    SetSettingText(clString(u"x"), u"Name", 0, key.text);
+    SetSettingNumber(1, u"v", 0, Sub(u"Values\\Below").text);  // a sub-key is no value
+    clStringList names;
+    ASSERT_TRUE(EnumSettingValues(key.text, names));
+    ASSERT_EQ(names.Count(), 2);
+    // The store's order is its own: as a set.
+    std::set<std::u16string> seen = {U(names[0]), U(names[1])};
+    EXPECT_EQ(seen, (std::set<std::u16string>{u"Count", u"Name"}));
+    EXPECT_TRUE(DeleteSettingValue(u"count", key.text)) << "names ignore case";
+    EXPECT_FALSE(DeleteSettingValue(u"Count", key.text)) << "gone already";
+    EXPECT_FALSE(SettingExists(u"Count", 0, key.text));
+    EXPECT_EQ(U(GetSettingText(u"Name", 0, key.text)), u"x");
+    EnumSettingValues(key.text, names);
+    ASSERT_EQ(names.Count(), 1);
+    EXPECT_EQ(GetSettingNumber(u"v", 0, Sub(u"Values\\Below").text), 1u);
 }
 
 TEST_F(Settings, AWriteIsSeenByTheNextReadOfAnotherProcess) {
