@@ -9,7 +9,9 @@
 // non-blocking and asked with FIONREAD, posix_spawn with every other
 // descriptor closed in the child, SIGSTOP / SIGCONT to the whole process,
 // and nice values (0, -5, 5, 19); an ordinary user may not lower a nice
-// value again, and then the worker keeps the lower priority.
+// value again, and then the worker keeps the lower priority. Neither
+// side's worker hears the terminal's Ctrl-C: on Windows it has no console,
+// on POSIX it has a process group of its own.
 #pragma once
 
 #include <cstdint>

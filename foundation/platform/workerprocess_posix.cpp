@@ -73,8 +73,16 @@ bool PlatformStartWorker(const clString& commandLine, clPipeHandle outWrite, clP
         // The worker inherits nothing else, whatever the caller forgot to
         // mark close-on-exec.
         posix_spawn_file_actions_addclosefrom_np(&actions, 3);
+        // A process group of its own: a Ctrl-C typed at the terminal goes
+        // to the foreground group, and must reach the program, which asks
+        // whether to cancel, not kill the workers before anyone answered.
+        posix_spawnattr_t attributes;
+        posix_spawnattr_init(&attributes);
+        posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
+        posix_spawnattr_setpgroup(&attributes, 0);
         pid_t pid = 0;
-        int rc = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
+        int rc = posix_spawn(&pid, argv[0], &actions, &attributes, argv.data(), environ);
+        posix_spawnattr_destroy(&attributes);
         posix_spawn_file_actions_destroy(&actions);
         if (rc == 0) {
             auto* child = new ChildProcess{pid};
