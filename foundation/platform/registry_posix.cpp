@@ -296,40 +296,37 @@ long PlatformRegSetValue(clRegKey key, const char16_t* name, uint32_t type, cons
     return rc == SQLITE_DONE ? clRegOk : 5;
 }
 
-long PlatformRegEnumKey(clRegKey key, uint32_t index, clString& name) {
+namespace {
+
+// Row `index` of an enumeration under `key`; sub-keys are stored by their
+// whole path, of which the caller wants the last part.
+long EnumRow(clRegKey key, uint32_t index, int statement, bool lastPart, clString& name) {
     if (key == 0) return 6;
     Store& store = Store::Instance();
     std::lock_guard<std::mutex> guard(store.lock);
-    sqlite3_stmt* s = store.Statement(Store::kEnumKeys);
+    sqlite3_stmt* s = store.Statement(statement);
     if (s == nullptr) return clRegNoMoreItems;
     sqlite3_bind_int64(s, 1, Of(key)->id);
     sqlite3_bind_int64(s, 2, index);
     long rc = clRegNoMoreItems;
     if (sqlite3_step(s) == SQLITE_ROW) {
-        std::string path(reinterpret_cast<const char*>(sqlite3_column_text(s, 0)));
-        size_t slash = path.rfind('\\');
-        FromNative(slash == std::string::npos ? path.c_str() : path.c_str() + slash + 1, name);
+        const char* text = reinterpret_cast<const char*>(sqlite3_column_text(s, 0));
+        const char* slash = lastPart ? std::strrchr(text, '\\') : nullptr;
+        FromNative(slash == nullptr ? text : slash + 1, name);
         rc = clRegOk;
     }
     sqlite3_reset(s);
     return rc;
 }
 
+}  // namespace
+
+long PlatformRegEnumKey(clRegKey key, uint32_t index, clString& name) {
+    return EnumRow(key, index, Store::kEnumKeys, true, name);
+}
+
 long PlatformRegEnumValue(clRegKey key, uint32_t index, clString& name) {
-    if (key == 0) return 6;
-    Store& store = Store::Instance();
-    std::lock_guard<std::mutex> guard(store.lock);
-    sqlite3_stmt* s = store.Statement(Store::kEnumValues);
-    if (s == nullptr) return clRegNoMoreItems;
-    sqlite3_bind_int64(s, 1, Of(key)->id);
-    sqlite3_bind_int64(s, 2, index);
-    long rc = clRegNoMoreItems;
-    if (sqlite3_step(s) == SQLITE_ROW) {
-        FromNative(reinterpret_cast<const char*>(sqlite3_column_text(s, 0)), name);
-        rc = clRegOk;
-    }
-    sqlite3_reset(s);
-    return rc;
+    return EnumRow(key, index, Store::kEnumValues, false, name);
 }
 
 long PlatformRegDeleteValue(clRegKey key, const char16_t* name) {
