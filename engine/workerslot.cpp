@@ -3,16 +3,19 @@
 #include "engine/directcopy.h"
 #include "engine/outputdiagnosis.h"
 #include "engine/workerlauncher.h"
+#include "foundation/commandoptions.h"
 #include "foundation/file.h"
 #include "foundation/folders.h"
+#include "foundation/optionvalue.h"
 #include "foundation/pathtext.h"
 #include "foundation/settings.h"
+#include "plugins/effectstring.h"
 
 namespace {
 
 void AppendOption(clString& text, const char16_t* option, const clString& value) {
     text.AppendGrowing(option);
-    text.AppendGrowing(value);
+    text.AppendGrowing(EscapeOptionValue(value));
     text.AppendGrowing(u"\"");
 }
 
@@ -44,9 +47,18 @@ clString clWorkerSlot::WorkerOptions(int32_t batchId, const clString& tempFolder
     if (processor != 0) AppendOption(text, u" -processor=\"", clString(processor));
     if (!tempFolder.IsEmpty()) AppendOption(text, u" -tmpfolder=\"", tempFolder);
     if (priority >= 1 && priority <= 3) AppendOption(text, u" -priority=\"", clString(WorkerPriorityOption(priority)));
-    if (!dspEffects.IsEmpty()) {
-        text.AppendGrowing(u" ");
-        text.AppendGrowing(dspEffects);
+    // The effects as the worker reads them: each "Name=settings" escaped
+    // like every other value, its quotes no longer standing in as {qt}.
+    clCommandOptions effectOptions;
+    effectOptions.Parse(dspEffects);
+    clEffectList effects;
+    ParseEffectString(effectOptions, effects);
+    for (int64_t i = 0; i < effects.Count(); ++i) {
+        clString effect(effects[i].name);
+        effect.Append(u"=");
+        effect.Append(effects[i].settings);
+        clString option = clString::Formatted(u" -dspeffect%d=\"", static_cast<int>(i + 1));
+        AppendOption(text, option.text, effect);
     }
     // The encoder's options come last, even when empty: the text then ends
     // in a blank.

@@ -3,7 +3,20 @@
 #include "foundation/findfiles.h"
 #include "foundation/pathtext.h"
 
+bool IsPluginName(const clString& name) {
+    if (name.IsEmpty() || name.Equals(u".") || name.Equals(u"..")) return false;
+    for (int32_t i = 1; i <= name.Length(); ++i) {
+        char16_t c = name.CharAt(i);
+        if (c == u'/' || c == u'\\' || c == u':' || c < 0x20) return false;
+    }
+    return true;
+}
+
 clString PluginLibraryPath(const char16_t* folder, const clString& name) {
+    // A name from a command file or a setting must not reach a library
+    // anywhere else: "../../tmp/x" or "/tmp/x" would load whatever lies
+    // there into this process.
+    if (!IsPluginName(name)) return clString();
     clString folderPath = JoinPath(GetProgramFolder(), clString(folder));
     clString fileName(name.text, PlatformLibrarySuffix());
     // A name with wildcard characters must not match other libraries.
@@ -25,6 +38,11 @@ void XDLL::FreeModule() {
 
 bool XDLL::LoadModule(const char16_t* path, bool& bound) {
     bound = true;
+    // An empty path would load the program itself on POSIX.
+    if (path != nullptr && path[0] == 0) {
+        bound = false;
+        return false;
+    }
     if (path != nullptr) {
         module = PlatformLoadLibrary(path);
         if (module == 0) bound = false;

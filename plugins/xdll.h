@@ -20,8 +20,11 @@
 // ("decoder", "encoder" or "DSPs") beside the program. The name is matched
 // ignoring ASCII case on every platform, as Windows matches file names, so
 // an option string written on one platform finds the library on the other.
-// Without a match: the path the name would have.
+// Without a match: the path the name would have. Empty for a name that is
+// no plain file name (empty, "." or "..", or holding a separator, a colon
+// or a control character): plug-ins load from their own folders only.
 clString PluginLibraryPath(const char16_t* folder, const clString& name);
+bool IsPluginName(const clString& name);
 
 class XDLL {
 public:

@@ -1,8 +1,7 @@
 #include "worker/workercommand.h"
 
-#include "foundation/commandoptions.h"
+#include "foundation/optionvalue.h"
 #include "foundation/platform/fileio.h"
-#include "plugins/effectstring.h"
 
 namespace {
 
@@ -44,7 +43,10 @@ bool ParseNumber(const std::u16string& text, uint64_t limit, uint64_t& value) {
 
 bool ParseWorkerCommand(const std::u16string& text, WorkerCommand& command, std::u16string& error) {
     command = WorkerCommand();
-    std::u16string effectText;
+    error.clear();
+    // Effects by their number; a gap ends the chain, as in every effect
+    // string.
+    std::vector<std::pair<uint64_t, std::u16string>> numbered;
     size_t position = 0;
     for (;;) {
         size_t start = text.find_first_not_of(u' ', position);
@@ -58,7 +60,12 @@ bool ParseWorkerCommand(const std::u16string& text, WorkerCommand& command, std:
             error = u"the value of -" + key + u" has no closing quote";
             return false;
         }
-        std::u16string value = text.substr(equals + 2, close - equals - 2);
+        clString unescaped;
+        if (!UnescapeOptionValue(text.data() + equals + 2, static_cast<int32_t>(close - equals - 2), unescaped)) {
+            error = u"the value of -" + key + u" holds a % that is not followed by two hexadecimal digits";
+            return false;
+        }
+        std::u16string value(unescaped.text, static_cast<size_t>(unescaped.Length()));
         uint64_t number = 0;
         if (key == u"infile") {
             command.inFile = value;
@@ -87,8 +94,11 @@ bool ParseWorkerCommand(const std::u16string& text, WorkerCommand& command, std:
         } else if (key == u"priority") {
             std::u16string priority = Lower(value);
             command.priorityCode = priority == u"high" ? 1 : priority == u"low" ? 2 : priority == u"idle" ? 3 : 0;
-        } else {
-            effectText += text.substr(start, close + 1 - start) + u" ";
+        } else if (ParseNumber(key.substr(9), 0xFFFFFFFFu, number)) {
+            // The first of a repeated number wins, as in an effect string.
+            bool known = false;
+            for (const auto& entry : numbered) known = known || entry.first == number;
+            if (!known) numbered.emplace_back(number, value);
         }
         position = close + 1;
     }
@@ -96,14 +106,16 @@ bool ParseWorkerCommand(const std::u16string& text, WorkerCommand& command, std:
     if (position < text.size() && text[position] == u' ') ++position;
     command.encoderOptions = position < text.size() ? text.substr(position) : std::u16string();
 
-    if (!effectText.empty()) {
-        clCommandOptions options;
-        options.Parse(clString(effectText.c_str()));
-        clEffectList list;
-        ParseEffectString(options, list);
-        for (int64_t i = 0; i < list.Count(); ++i) {
-            command.effects.emplace_back(list[i].name.text, list[i].settings.text);
+    for (uint64_t n = 1;; ++n) {
+        const std::u16string* value = nullptr;
+        for (const auto& entry : numbered) {
+            if (entry.first == n) value = &entry.second;
         }
+        if (value == nullptr) break;
+        size_t equals = value->find(u'=');
+        // An entry without a name and settings is passed over.
+        if (equals == std::u16string::npos) continue;
+        command.effects.emplace_back(value->substr(0, equals), value->substr(equals + 1));
     }
     if (command.inFile.empty())
         error = u"no -infile";

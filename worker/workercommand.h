@@ -1,10 +1,13 @@
 // The options of one conversion, as the front end writes them into the
 // worker's command file: one line of UTF-16LE text, every value in double
-// quotes with no escape inside, in this order:
+// quotes, in this order:
 //   -infile="..." -outfile="..." -convert_to="..." -evtquit="..."
 //   -evtwatchdog="..." -batchid="..." [-processor="n"] [-tmpfolder="..."]
 //   [-priority="high|low|idle"] [-dspeffect1="Name=settings" ...]
 // and, behind one blank, the encoder's own option string as it stands.
+// Inside the quotes every `"`, `%` and control character is written as
+// `%` and two hex digits (foundation/optionvalue.h), so a value carries any
+// file name whole; an effect's settings hold their quotes as they are.
 #pragma once
 
 #include <cstdint>

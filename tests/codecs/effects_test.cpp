@@ -141,8 +141,8 @@ TEST_F(Effects, IdTagProcessingEditsTheTagsOfTheOutput) {
     std::string tagged = Info({{"INAM", "Old Title"}, {"IART", "Artist"}, {"IPRD", "Album"}, {"ICMT", "Note"}});
     ASSERT_TRUE(
         WriteBytes(dir.File(u"in.wav"), Riff(FormatBody(1, 1, 44100, 2, 16, false), Tones(100, {1000}), tagged)));
-    Run(u"-dspeffect1=\"ID Tag Processing=-set={qt}title=New{qt} -append={qt}artist=Guest{qt} "
-        u"-append={qt}genre=Ambient{qt} -remove={qt}comment{qt}\"");
+    Run(u"-dspeffect1=\"ID Tag Processing=-set=%22title=New%22 -append=%22artist=Guest%22 "
+        u"-append=%22genre=Ambient%22 -remove=%22comment%22\"");
     std::string list = FindChunk(out, "LIST");
     EXPECT_NE(list.find("New"), std::string::npos);
     EXPECT_EQ(list.find("Old Title"), std::string::npos);
@@ -153,18 +153,18 @@ TEST_F(Effects, IdTagProcessingEditsTheTagsOfTheOutput) {
     EXPECT_EQ(list.find("Note"), std::string::npos);
     // -delexcept keeps the named tags only; -delall keeps nothing but
     // what is set after it, whatever the order the options are written in.
-    Run(u"-dspeffect1=\"ID Tag Processing=-delexcept={qt}album; title{qt}\"");
+    Run(u"-dspeffect1=\"ID Tag Processing=-delexcept=%22album; title%22\"");
     list = FindChunk(out, "LIST");
     EXPECT_NE(list.find("Old Title"), std::string::npos);
     EXPECT_NE(list.find("Album"), std::string::npos);
     EXPECT_EQ(list.find("Artist"), std::string::npos);
-    Run(u"-dspeffect1=\"ID Tag Processing=-set={qt}album=Only{qt} -delall\"");
+    Run(u"-dspeffect1=\"ID Tag Processing=-set=%22album=Only%22 -delall\"");
     list = FindChunk(out, "LIST");
     EXPECT_NE(list.find("Only"), std::string::npos);
     EXPECT_EQ(list.find("Artist"), std::string::npos);
     EXPECT_EQ(list.find("Old Title"), std::string::npos);
     // The spellings the front end uses for names delete nothing.
-    Run(u"-dspeffect1=\"ID Tag Processing=-replaceddelall -replaceddelexcept={qt}album{qt} -set={qt}title=T{qt}\"");
+    Run(u"-dspeffect1=\"ID Tag Processing=-replaceddelall -replaceddelexcept=%22album%22 -set=%22title=T%22\"");
     list = FindChunk(out, "LIST");
     EXPECT_NE(list.find("Artist"), std::string::npos);
     EXPECT_NE(list.find("Note"), std::string::npos);
@@ -174,7 +174,7 @@ TEST_F(Effects, IdTagProcessingEditsTheTagsOfTheOutput) {
 TEST_F(Effects, PageOnlyEffectsPassTheAudioUntouched) {
     std::string pcm = Tones(3000, {1000, -2000});
     ASSERT_TRUE(WriteBytes(dir.File(u"in.wav"), Riff(FormatBody(1, 2, 44100, 2, 16, false), pcm)));
-    EXPECT_EQ(Run(u"-dspeffect1=\"Conditional Encoding=-rule1={qt}x{qt}\" -dspeffect2=\"Multi-CPU Force=-cpu2=1\""),
+    EXPECT_EQ(Run(u"-dspeffect1=\"Conditional Encoding=-rule1=%22x%22\" -dspeffect2=\"Multi-CPU Force=-cpu2=1\""),
               pcm);
     // [Multi Encoder] is a name to choose, never a converter of its own.
     std::u16string log = Convert(u"in.wav", u"multi.wav", u"[Multi Encoder]");
