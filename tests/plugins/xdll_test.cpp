@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "foundation/pathtext.h"
+#include "plugins/codechandler.h"
 #include "plugins/taglist.h"
 #include "tests/support/testfolder.h"
 
@@ -133,4 +134,23 @@ TEST(Xdll, LibrariesAreFoundByNameIgnoringCase) {
     EXPECT_EQ(U(GetFileName(PluginLibraryPath(u"DSPs", clString(u"No Such")))),
               U(clString(u"No Such", PlatformLibrarySuffix())));
     EXPECT_EQ(U(GetFileName(PluginLibraryPath(u"DSPs", clString(u"*")))), U(clString(u"*", PlatformLibrarySuffix())));
+}
+
+// A name from a command file or the settings reaches no library outside
+// the plug-in folders, however it is spelt; a real effect library named by
+// a path that climbs out of DSPs/ and back in is refused too.
+TEST(Xdll, NamesThatArePathsLoadNothing) {
+    for (const char16_t* name : {u"../DSPs/qvtest_tageffect", u"..\\DSPs\\qvtest_tageffect", u"/tmp/evil", u"C:evil",
+                                 u"..", u".", u"", u"a\nb"}) {
+        EXPECT_TRUE(PluginLibraryPath(u"DSPs", clString(name)).IsEmpty()) << std::string(name, name + 3);
+        clQvDSP dsp;
+        EXPECT_FALSE(clQvCodecHandler::LoadDSP(clString(name), dsp, &kNoLog));
+    }
+    clQvEncoder encoder;
+    EXPECT_FALSE(clQvCodecHandler::LoadEncoder(clString(u"../encoder/Zeta"), encoder, &kNoLog));
+    EXPECT_TRUE(clQvCodecHandler::LoadEncoder(clString(u"Zeta"), encoder, &kNoLog));
+    clQvDSP dsp;
+    EXPECT_TRUE(clQvCodecHandler::LoadDSP(clString(u"qvtest_tageffect"), dsp, &kNoLog));
+    clQvDecoder decoder;
+    EXPECT_FALSE(decoder.Bind(u""));
 }
