@@ -139,30 +139,57 @@ bool Accepted(const std::filesystem::path& file, const std::vector<std::string>&
     return !extension.empty() && std::find(extensions.begin(), extensions.end(), extension) != extensions.end();
 }
 
+// What collecting the files found: the files to convert, and how many
+// named or found files can't be passed on (each has had its line).
+struct Collected {
+    std::vector<std::string> files;
+    int refused = 0;
+};
+
+// A file qvt can hand over: a regular file (a pipe or a device named
+// "x.wav" would block the examination for ever), with no line break in its
+// name (the list file is one name a line, and the name would arrive as two
+// other ones).
+bool Admissible(const std::filesystem::path& file, Collected& collected) {
+    std::string name = BytesOf(file);
+    const char* problem = nullptr;
+    std::error_code error;
+    if (name.find_first_of("\r\n") != std::string::npos) {
+        problem = "its name holds a line break, which the list of files can't carry; rename it";
+    } else if (!std::filesystem::is_regular_file(file, error)) {
+        problem = "it is not a regular file (a pipe, a device or a socket)";
+    }
+    if (problem == nullptr) return true;
+    std::fprintf(stderr, "qvt: skipping '%s': %s\n", Printable(name).c_str(), problem);
+    ++collected.refused;
+    return false;
+}
+
 // The files of every path: a file as it is, a folder by its audio files.
-bool CollectFiles(const std::vector<std::string>& paths, bool recursive, std::vector<std::string>& files) {
+// Every path is made absolute and normal first.
+bool CollectFiles(const std::vector<std::string>& paths, bool recursive, Collected& collected) {
     std::vector<std::string> extensions = DecoderExtensions();
-    for (const std::string& path : paths) {
+    std::vector<std::string>& files = collected.files;
+    for (const std::string& given : paths) {
         std::error_code error;
-        std::filesystem::path p = PathOf(path);
+        std::filesystem::path p = PathOf(ResolvePath(given));
         auto status = std::filesystem::status(p, error);
         if (error || !std::filesystem::exists(status)) {
-            Fail(kExitUsage, "cannot read '" + path + "': no such file or folder");
+            Fail(kExitUsage, "cannot read '" + Printable(given) + "': no such file or folder");
             return false;
         }
         if (!std::filesystem::is_directory(status)) {
             if (!Accepted(p, extensions)) {
-                Fail(kExitUsage, "'" + path + "' is not a kind of audio file the installed decoders read");
+                Fail(kExitUsage, "'" + Printable(given) + "' is not a kind of audio file the installed decoders read");
                 return false;
             }
-            files.push_back(Utf8Of(p));
+            if (Admissible(p, collected)) files.push_back(BytesOf(p));
             continue;
         }
         auto take = [&](const std::filesystem::directory_entry& e) {
             std::error_code ignored;
-            if (e.is_regular_file(ignored) && Accepted(e.path(), extensions)) {
-                files.push_back(Utf8Of(e.path()));
-            }
+            if (e.is_directory(ignored) || !Accepted(e.path(), extensions)) return;
+            if (Admissible(e.path(), collected)) files.push_back(BytesOf(e.path()));
         };
         auto options = std::filesystem::directory_options::skip_permission_denied;
         if (recursive) {
@@ -177,7 +204,7 @@ bool CollectFiles(const std::vector<std::string>& paths, bool recursive, std::ve
             }
         }
         if (error) {
-            Fail(kExitUsage, "cannot read the folder '" + path + "': " + error.message());
+            Fail(kExitUsage, "cannot read the folder '" + Printable(given) + "': " + error.message());
             return false;
         }
     }
@@ -249,16 +276,15 @@ int ConvertCommand(const std::vector<std::string>& words) {
         std::string problem = NamingRuleProblem(naming);
         if (!problem.empty()) return Fail(kExitUsage, problem);
     }
-    if (!folder.empty()) {
-        std::error_code ignored;
-        folder = Utf8Of(PathOf(folder));
-    }
+    if (!folder.empty()) folder = ResolvePath(folder);
     int mode = 2;
     if (naming.empty()) naming = folder.empty() ? "[origpath]\\[origfilename]" : "[origfilename]";
     if (folder.empty()) folder = "[origdrive]";
 
-    std::vector<std::string> files;
-    if (!CollectFiles(args.positional, args.Has("recursive"), files)) return kExitUsage;
+    Collected collected;
+    if (!CollectFiles(args.positional, args.Has("recursive"), collected)) return kExitUsage;
+    const std::vector<std::string>& files = collected.files;
+    if (files.empty() && collected.refused > 0) return Fail(kExitFailed, "none of the files can be converted");
     if (files.empty()) return Fail(kExitUsage, "no audio files found in the paths given");
 
     // The settings of the entry, under the profile "qvt".
@@ -270,6 +296,11 @@ int ConvertCommand(const std::vector<std::string>& words) {
         encoderOptions = targets[0].options;
     } else {
         entry = "[Multi Encoder]";
+        // Each item's folder and naming stand inside two levels of quotes,
+        // and the option parser has no escape for a quote.
+        if (folder.find('"') != std::string::npos || naming.find('"') != std::string::npos) {
+            return Fail(kExitUsage, "with several --to, the folder and the naming rule can't hold a double quote");
+        }
         std::string chain = Nested(Utf8(BuildStoredEffectText(effects)));
         for (size_t i = 0; i < targets.size(); ++i) {
             std::string n = std::to_string(i + 1);
@@ -320,6 +351,8 @@ int ConvertCommand(const std::vector<std::string>& words) {
         DeleteFileEx(listFile);
         return Fail(kExitFailed, "could not start " + Utf8(program));
     }
+    // Files left out are files not converted.
+    if (code == kExitOk && collected.refused > 0) code = kExitFailed;
     return code;
 }
 

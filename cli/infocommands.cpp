@@ -146,18 +146,15 @@ int NameCommand(const std::vector<std::string>& words) {
     if (!IsKnownEncoder(entry)) return Fail(kExitUsage, "unknown encoder '" + entry + "'");
     clString extension = EncoderExtension(EncoderOfProfile(Text(entry)));
     std::string folder = args.Last("folder", "[origdrive]");
-    if (folder != "[origdrive]") {
-        std::error_code ignored;
-        folder = Utf8Of(PathOf(folder));
-    }
+    if (folder != "[origdrive]") folder = ResolvePath(folder);
     clPointerArray sources;
     for (size_t i = 1; i < args.positional.size(); ++i) {
         std::error_code ignored;
-        std::filesystem::path p = PathOf(args.positional[i]);
-        if (!std::filesystem::is_regular_file(p, ignored)) {
-            return Fail(kExitUsage, "cannot read '" + args.positional[i] + "'");
+        std::string file = ResolvePath(args.positional[i]);
+        if (!std::filesystem::is_regular_file(PathOf(file), ignored)) {
+            return Fail(kExitUsage, "cannot read '" + Printable(args.positional[i]) + "'");
         }
-        sources.Add(new clSourceFile(Text(Utf8Of(p))));
+        sources.Add(new clSourceFile(Text(file)));
     }
     ReadSourcesToLevel(sources, 2, nullptr);
     for (int64_t i = 0; i < sources.count; ++i) {

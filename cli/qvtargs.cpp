@@ -61,22 +61,50 @@ bool ParseArguments(const std::vector<std::string>& words, const std::vector<Opt
     return true;
 }
 
-clString Text(const std::string& utf8) {
+clString Text(const std::string& bytes) {
     clString text;
-    Utf8ToString(utf8.data(), static_cast<int64_t>(utf8.size()), text);
+    FileNameToString(bytes.data(), static_cast<int64_t>(bytes.size()), text);
     return text;
 }
 
 std::string Utf8(const clString& text) { return StringToUtf8(text); }
 
-std::filesystem::path PathOf(const std::string& utf8) {
-    return std::filesystem::path(std::u8string(utf8.begin(), utf8.end()));
+std::filesystem::path PathOf(const std::string& bytes) {
+    return std::filesystem::path(std::u8string(bytes.begin(), bytes.end()));
 }
 
-std::string Utf8Of(const std::filesystem::path& path) {
-    std::error_code ignored;
-    std::u8string text = std::filesystem::absolute(path, ignored).u8string();
+std::string BytesOf(const std::filesystem::path& path) {
+    std::u8string text = path.u8string();
     return std::string(text.begin(), text.end());
+}
+
+std::string ResolvePath(const std::string& bytes) {
+    std::error_code ignored;
+    std::filesystem::path path = std::filesystem::absolute(PathOf(bytes), ignored).lexically_normal();
+    // "/music/" names the folder "/music"; the root keeps its separator.
+    if (!path.has_filename() && path.has_relative_path()) path = path.parent_path();
+    return BytesOf(path);
+}
+
+std::string Printable(const std::string& bytes) {
+    std::string out;
+    for (char c : bytes) {
+        auto u = static_cast<unsigned char>(c);
+        if (c == '\n') {
+            out += "\\n";
+        } else if (c == '\r') {
+            out += "\\r";
+        } else if (c == '\t') {
+            out += "\\t";
+        } else if (u < 0x20 || u == 0x7F) {
+            char hex[8];
+            std::snprintf(hex, sizeof hex, "\\x%02X", u);
+            out += hex;
+        } else {
+            out.push_back(c);
+        }
+    }
+    return out;
 }
 
 int Fail(int code, const std::string& message) {

@@ -33,11 +33,22 @@ struct Arguments {
 bool ParseArguments(const std::vector<std::string>& words, const std::vector<OptionSpec>& specs, Arguments& out,
                     std::string& error);
 
-clString Text(const std::string& utf8);
-// Paths from and to the UTF-8 of the command line, absolute.
-std::filesystem::path PathOf(const std::string& utf8);
-std::string Utf8Of(const std::filesystem::path& path);
+// The text of a command-line word. Words are bytes, mostly UTF-8; they are
+// read by the mapping of file names (foundation/utf.h), so that a path that
+// is not UTF-8 reaches the list file and the settings whole.
+clString Text(const std::string& bytes);
+// UTF-8 for showing; a byte that was not UTF-8 shows as U+FFFD.
 std::string Utf8(const clString& text);
+// Paths as bytes, to and from the file system's own form.
+std::filesystem::path PathOf(const std::string& bytes);
+std::string BytesOf(const std::filesystem::path& path);
+// A path of the command line made absolute against the current folder and
+// normalised: "." and ".." resolved, doubled and trailing separators gone.
+// "--folder .." then means the folder above, as in every other program.
+std::string ResolvePath(const std::string& bytes);
+// A name for a message on one line: control characters written as \n,
+// \r, \t or \xNN.
+std::string Printable(const std::string& bytes);
 
 // Exit codes.
 constexpr int kExitOk = 0;

@@ -18,7 +18,10 @@ static inline FILE* example_open(const qv_char* name, const char* mode) {
     return _wfopen((const wchar_t*)name, wideMode);
 }
 #else
-/* The file system takes UTF-8: convert, pairing surrogates. */
+/* The file system takes bytes: UTF-8 for a pair or a plain unit, the byte
+ * itself for a lone U+DC80-U+DCFF (the program's form of a name that is
+ * not UTF-8), and U+FFFD for any other lone surrogate, as the program does
+ * for every file it touches. */
 static inline FILE* example_open(const qv_char* name, const char* mode) {
     size_t length = 0;
     while (name[length] != 0) ++length;
@@ -29,6 +32,11 @@ static inline FILE* example_open(const qv_char* name, const char* mode) {
         uint32_t c = name[i];
         if (c >= 0xD800 && c < 0xDC00 && i + 1 < length && name[i + 1] >= 0xDC00 && name[i + 1] < 0xE000) {
             c = 0x10000 + ((c - 0xD800) << 10) + (name[++i] - 0xDC00u);
+        } else if (c >= 0xDC80 && c <= 0xDCFF) {
+            utf8[out++] = (char)(c - 0xDC00);
+            continue;
+        } else if (c >= 0xD800 && c < 0xE000) {
+            c = 0xFFFD;
         }
         if (c < 0x80) {
             utf8[out++] = (char)c;

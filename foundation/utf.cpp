@@ -57,7 +57,11 @@ int64_t Utf16ToUtf8(const char16_t* text, int32_t length, char* out) {
     return n;
 }
 
-void Utf8ToString(const char* bytes, int64_t byteCount, clString& target) {
+namespace {
+
+// Decodes UTF-8; a byte outside a valid sequence becomes U+FFFD, or with
+// `escapeBytes` the surrogate U+DC00 + byte.
+void DecodeUtf8(const char* bytes, int64_t byteCount, clString& target, bool escapeBytes) {
     if (bytes == nullptr || byteCount <= 0) {
         target.Clear();
         return;
@@ -93,7 +97,7 @@ void Utf8ToString(const char* bytes, int64_t byteCount, clString& target) {
             cp = c & 0x07;
             minimum = 0x10000;
         } else {
-            out[n++] = 0xFFFD;
+            out[n++] = escapeBytes ? static_cast<char16_t>(0xDC00 + c) : char16_t{0xFFFD};
             ++i;
             continue;
         }
@@ -103,7 +107,7 @@ void Utf8ToString(const char* bytes, int64_t byteCount, clString& target) {
             cp = (cp << 6) | (b[i + k] & 0x3F);
         }
         if (k <= need || cp < minimum || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) {
-            out[n++] = 0xFFFD;
+            out[n++] = escapeBytes ? static_cast<char16_t>(0xDC00 + c) : char16_t{0xFFFD};
             ++i;  // resynchronise on the next byte
             continue;
         }
@@ -121,9 +125,57 @@ void Utf8ToString(const char* bytes, int64_t byteCount, clString& target) {
     target.size = static_cast<int32_t>(n + 1);
 }
 
+}  // namespace
+
+void Utf8ToString(const char* bytes, int64_t byteCount, clString& target) {
+    DecodeUtf8(bytes, byteCount, target, false);
+}
+
+void FileNameToString(const char* bytes, int64_t byteCount, clString& target) {
+    DecodeUtf8(bytes, byteCount, target, true);
+}
+
 std::string StringToUtf8(const clString& text) {
     int32_t length = text.Length();
     std::string bytes(static_cast<size_t>(Utf8LengthOf(text.text, length)), '\0');
     Utf16ToUtf8(text.text, length, bytes.data());
     return bytes;
+}
+
+std::string StringToFileName(const char16_t* text, int32_t length) {
+    std::string bytes;
+    bytes.reserve(static_cast<size_t>(length > 0 ? length : 0) * 3);
+    for (int32_t i = 0; i < length;) {
+        char16_t unit = text[i];
+        bool paired =
+            unit >= 0xD800 && unit <= 0xDBFF && i + 1 < length && text[i + 1] >= 0xDC00 && text[i + 1] <= 0xDFFF;
+        if (!paired && IsEscapedNameByte(unit)) {
+            bytes.push_back(static_cast<char>(unit - 0xDC00));
+            ++i;
+            continue;
+        }
+        int32_t units = paired ? 2 : 1;
+        char encoded[4];
+        int64_t n = Utf16ToUtf8(text + i, units, encoded);
+        bytes.append(encoded, static_cast<size_t>(n));
+        i += units;
+    }
+    return bytes;
+}
+
+bool ReplaceLoneSurrogates(clString& text, bool keepNameBytes) {
+    bool changed = false;
+    int32_t length = text.Length();
+    for (int32_t i = 0; i < length; ++i) {
+        char16_t unit = text.text[i];
+        if (unit < 0xD800 || unit > 0xDFFF) continue;
+        if (unit <= 0xDBFF && i + 1 < length && text.text[i + 1] >= 0xDC00 && text.text[i + 1] <= 0xDFFF) {
+            ++i;  // a pair
+            continue;
+        }
+        if (keepNameBytes && IsEscapedNameByte(unit)) continue;
+        text.text[i] = 0xFFFD;
+        changed = true;
+    }
+    return changed;
 }

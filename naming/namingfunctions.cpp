@@ -146,7 +146,11 @@ clString Folder(const clStringList& folders, int32_t position, bool fromBack) {
 clString MaxLength(int32_t limit, clString text) {
     UnquoteNamingText(text);
     if (limit < 0) limit = 0;
-    if (text.Length() > limit) text.SetLength(limit);
+    if (text.Length() > limit) {
+        // A character beyond U+FFFF is cut whole, never in half.
+        char16_t last = limit > 0 ? text.CharAt(limit) : 0;
+        text.SetLength(last >= 0xD800 && last <= 0xDBFF ? limit - 1 : limit);
+    }
     QuoteNamingText(text);
     return text;
 }

@@ -9,6 +9,7 @@
 #include "foundation/settings.h"
 #include "foundation/specialfolder.h"
 #include "foundation/stringlist.h"
+#include "foundation/utf.h"
 #include "naming/expandnaming.h"
 #include "naming/sourcefacts.h"
 #include "plugins/sourcefile.h"
@@ -56,6 +57,31 @@ void ToPlainAscii(clString& text) {
         plain.AppendGrowing(one);
     }
     text = plain;
+}
+
+// The source's own name for an output whose name came out empty: its base
+// name, with the dots it begins with written "_" (the base name of
+// "...wav" is "..", which names no file).
+clString SourceBaseName(const clString& path, const clPathSyntax& syntax) {
+    clString base = GetFileBaseName(path, syntax);
+    for (int32_t i = 1; i <= base.Length() && base.CharAt(i) == u'.'; ++i) base.text[i - 1] = u'_';
+    if (base.IsEmpty()) base = u"_";
+    return base;
+}
+
+// True when the file name at the end of an expanded rule is nothing once
+// cleaned (a blank title, a name of dots): the path would then end at its
+// folder, and the output would lie beside it as "<folder>.ext".
+bool NamesNoFile(const clString& expanded, const clCleanPathOptions& clean, const clPathSyntax& syntax) {
+    int32_t separator = expanded.FindLastChar(syntax.separator);
+    clString name = expanded.Mid(separator + 1, expanded.Length());
+    clCleanPathOptions alone = clean;
+    alone.limitLength = false;
+    alone.hasRoot = false;
+    alone.keepLength = 0;
+    CleanPath(name, alone, syntax);
+    // Cleaning a bare name may leave a separator ahead of it.
+    return name.IsEmpty() || (name.Length() == 1 && name.CharAt(1) == syntax.separator);
 }
 
 // The last passes over a path: folded to plain ASCII if the user wants
@@ -110,17 +136,33 @@ clString ComputeOutputPath(const clSourceFile& source, const clString& folder, c
         if (!syntax.IsWindows()) out.Replace(u"\\", u"/");
         if (!out.EqualsNoCase(u"[origdrive]")) AddBackslash(out, syntax);
         if (namingRule.IsEmpty()) {
-            out.Append(GetFileBaseName(path, syntax));
+            out.Append(SourceBaseName(path, syntax));
         } else {
             clTagList tags;
             clTagList properties;
             if (source.tagBlock.size != 0) tags.LoadBlock(source.tagBlock.data, source.tagBlock.size);
             if (source.extraBlock.size != 0) properties.LoadBlock(source.extraBlock.data, source.extraBlock.size);
+            // A damaged tag may hold half a surrogate pair. Tags are text,
+            // never the bytes of a name, so each such half is U+FFFD before
+            // it can reach a file name.
+            for (clTagList* list : {&tags, &properties}) {
+                for (int64_t i = 0; i < list->Count(); ++i) ReplaceLoneSurrogates((*list)[i].value, false);
+            }
             clStringList extrasNames;
             AddSourceFacts(tags, properties, extrasNames, source, path, dspEffects, namingRule, extension, &out,
                            syntax);
             clString name = ExpandNaming(namingRule, tags, &extrasNames, syntax);
+            // A function that cuts ([RIGHT], [GRAB]) may split a pair; only
+            // the bytes of the source's own name may stay lone.
+            ReplaceLoneSurrogates(name, true);
             if (!syntax.IsWindows()) name.Replace(u"\\", u"/");
+            // An empty name takes the source's own name in its place,
+            // inside the chosen folder, never the folder's name beside it.
+            if (NamesNoFile(name, clean, syntax)) {
+                name.SetLength(name.FindLastChar(syntax.separator));
+                if (!name.IsEmpty()) name.Append(clString(syntax.IsWindows() ? u"\\" : u"/"));
+                name.Append(SourceBaseName(path, syntax));
+            }
             keptFolder = out;
             clCleanPathOptions naming = clean;
             if (!out.EqualsNoCase(u"[origdrive]"))

@@ -11,6 +11,12 @@
  * Conventions
  * - Text is NUL-terminated UTF-16LE (qv_char). Text a plug-in returns stays
  *   the plug-in's and must stay valid until the next call on that instance.
+ * - File names: on Windows pass the text to the wide file calls as it is.
+ *   On POSIX turn it into bytes thus: a surrogate pair or any other unit as
+ *   UTF-8, a lone U+DC80-U+DCFF as the single byte 0x80-0xFF (the program's
+ *   form of a name that is not UTF-8), any other lone surrogate as U+FFFD.
+ *   The program touches every file by the same rule, so a plug-in opens the
+ *   very file the program reserved or found (examples/exampleio.h).
  * - Records are little-endian, packed to 4 bytes (a 64-bit field may sit at
  *   an offset that is not a multiple of 8); every offset is checked below.
  *   Callers zero-fill records before use; reserved fields stay zero.

@@ -108,6 +108,29 @@ inline std::string ToUtf8(const std::u16string& text) {
     return out;
 }
 
+// The bytes of a file name on POSIX: UTF-8, except that a lone surrogate
+// U+DC80-U+DCFF stands for the byte 0x80-0xFF of a name that is not UTF-8
+// (the program reads such names so), and any other lone surrogate is
+// written as U+FFFD. The program's own file calls use the same mapping, so
+// a plug-in opens exactly the file the program reserved or listed.
+inline std::string FileName(const std::u16string& text) {
+    std::string out;
+    for (size_t i = 0; i < text.size(); ++i) {
+        uint32_t c = text[i];
+        if (c >= 0xD800 && c < 0xDC00 && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] < 0xE000) {
+            out += ToUtf8(text.substr(i, 2));
+            ++i;
+        } else if (c >= 0xDC80 && c <= 0xDCFF) {
+            out.push_back(static_cast<char>(c - 0xDC00));
+        } else if (c >= 0xD800 && c < 0xE000) {
+            out += "\xEF\xBF\xBD";
+        } else {
+            out += ToUtf8(text.substr(i, 1));
+        }
+    }
+    return out;
+}
+
 #ifdef _WIN32
 inline FILE* OpenFile(const qv_char* name, const char* mode) {
     wchar_t wideMode[4] = {0, 0, 0, 0};
@@ -118,7 +141,7 @@ inline bool Seek(FILE* file, uint64_t offset) { return _fseeki64(file, static_ca
 inline int64_t Tell(FILE* file) { return _ftelli64(file); }
 #else
 inline FILE* OpenFile(const qv_char* name, const char* mode) {
-    return std::fopen(ToUtf8(std::u16string(name)).c_str(), mode);
+    return std::fopen(FileName(std::u16string(name)).c_str(), mode);
 }
 inline bool Seek(FILE* file, uint64_t offset) { return fseeko(file, static_cast<off_t>(offset), SEEK_SET) == 0; }
 inline int64_t Tell(FILE* file) { return ftello(file); }

@@ -149,7 +149,7 @@ struct Encoder : qvc::EncoderBase {
             metadata.push_back(padding);
         }
         FLAC__stream_encoder_set_metadata(flac, metadata.data(), static_cast<uint32_t>(metadata.size()));
-        path = qvc::ToUtf8(record.outputPath);
+        path = qvc::FileName(record.outputPath);
         if (FLAC__stream_encoder_init_file(flac, path.c_str(), nullptr, nullptr) !=
             FLAC__STREAM_ENCODER_INIT_STATUS_OK) {
             return Fail("the output file can't be created");

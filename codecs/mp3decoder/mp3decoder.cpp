@@ -99,7 +99,7 @@ struct Decoder : qvc::LossyDecoderBase {
         encoder.clear();
         encoderSettings.clear();
         position = 0;
-        std::string path = qvc::ToUtf8(name);
+        std::string path = qvc::FileName(name);
         int rc = MPG123_OK;
         mpg = mpg123_new(nullptr, &rc);
         if (mpg == nullptr) return Fail("the MP3 decoder can't start");

@@ -111,7 +111,7 @@ struct Encoder : qvc::EncoderBase {
         lame_set_write_id3tag_automatic(lame, 0);
         lame_set_bWriteVbrTag(lame, 1);
         if (lame_init_params(lame) < 0) return Fail("LAME can't encode this rate with these settings");
-        path = qvc::ToUtf8(record.outputPath);
+        path = qvc::FileName(record.outputPath);
         file = qvc::OpenFile(record.outputPath, "wb");
         if (file == nullptr) return Fail("the output file can't be created");
         tags = qvc::ReadTagBlock(record.tags, record.tagsSize);

@@ -35,7 +35,7 @@ struct Decoder : qvc::LossyDecoderBase {
         Close();
         position = 0;
         int rc = 0;
-        opus = op_open_file(qvc::ToUtf8(name).c_str(), &rc);
+        opus = op_open_file(qvc::FileName(name).c_str(), &rc);
         if (opus == nullptr) {
             return Fail(rc == OP_EFAULT || rc == OP_EREAD ? "the file can't be read"
                         : rc == OP_ENOTFORMAT             ? "the file is not an Opus file"

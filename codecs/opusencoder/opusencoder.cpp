@@ -75,7 +75,7 @@ struct Encoder : qvc::EncoderBase {
             ope_comments_add_string(comments, line.c_str());
         }
         beginTags.assign(static_cast<const char*>(record.tags), record.tagsSize);
-        path = qvc::ToUtf8(record.outputPath);
+        path = qvc::FileName(record.outputPath);
         file = qvc::OpenFile(record.outputPath, "wb");
         if (file == nullptr) {
             ope_comments_destroy(comments);

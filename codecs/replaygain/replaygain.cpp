@@ -220,7 +220,7 @@ struct Effect : qvc::EffectBase {
             }
             std::u16string stem = entry.name.substr(0, entry.name.size() - suffix.size());
             if (has(stem + u"_conversionhaderrors")) continue;
-            TagLib::FileRef file(qvc::ToUtf8(entry.value).c_str(), false);
+            TagLib::FileRef file(qvc::FileName(entry.value).c_str(), false);
             if (file.isNull()) continue;
             TagLib::PropertyMap properties = file.file()->properties();
             if (std::isfinite(loudness)) {

@@ -123,7 +123,7 @@ struct Encoder : qvc::EncoderBase {
         std::srand(static_cast<unsigned>(std::time(nullptr)));
         ogg_stream_init(&stream, std::rand());
         started = true;
-        path = qvc::ToUtf8(record.outputPath);
+        path = qvc::FileName(record.outputPath);
         file = qvc::OpenFile(record.outputPath, "wb");
         if (file == nullptr) return Fail("the output file can't be created");
         ogg_packet identification, commentPacket, codebooks;

@@ -9,15 +9,10 @@
 #include "foundation/stringlist.h"
 #include "foundation/utf.h"
 
-std::string NativePath(const char16_t* path) {
-    int32_t length = clTextLength(path);
-    std::string out(static_cast<size_t>(Utf8LengthOf(path, length)), '\0');
-    Utf16ToUtf8(path, length, out.data());
-    return out;
-}
+std::string NativePath(const char16_t* path) { return StringToFileName(path, clTextLength(path)); }
 
 void FromNative(const char* bytes, clString& target) {
-    Utf8ToString(bytes, static_cast<int64_t>(std::strlen(bytes)), target);
+    FileNameToString(bytes, static_cast<int64_t>(std::strlen(bytes)), target);
 }
 
 void SetLastErrorFromErrno(int error) {

@@ -9,9 +9,10 @@
 
 class clString;
 
-// The UTF-8 form of a UTF-16 path, for the system call.
+// The bytes of a path for the system call, and the text of bytes coming
+// back from the system: UTF-8, with the bytes of a name that is not UTF-8
+// carried as U+DC80-U+DCFF (StringToFileName, FileNameToString).
 std::string NativePath(const char16_t* path);
-// The UTF-16 form of a UTF-8 name coming back from the system.
 void FromNative(const char* bytes, clString& target);
 // Stores the Windows-numbered code for an errno value as the last error.
 void SetLastErrorFromErrno(int error);

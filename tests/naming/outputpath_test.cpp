@@ -56,9 +56,48 @@ TEST_F(OutputPath, NamingCleansTheValuesNotTheStructure) {
     EXPECT_EQ(Windows(*source, u"D:\\Out", u"[artist]\\[title]"), u"D:\\Out\\Up-Down\\Why\u00bf.mp3");
     auto noArtist = Tagged(u"C:\\In\\x.flac", {{u"title", u"Why?"}});
     EXPECT_EQ(Windows(*noArtist, u"D:\\Out", u"[artist]\\[title]"), u"D:\\Out\\Why\u00bf.mp3");
-    // A whole name that comes out empty leaves the folder's name with the extension.
-    EXPECT_EQ(Windows(*noArtist, u"D:\\Out", u"[artist]"), u"D:\\Out.mp3");
     EXPECT_EQ(Windows(*noArtist, u"[origdrive]Converted", u"[origpath]\\[title]"), u"C:\\Converted\\In\\Why\u00bf.mp3");
+}
+
+// Deliberately unlike the letter of the path rules, where an empty name
+// leaves the folder's own name with the extension ("D:\Out.mp3", beside the
+// folder, and every such file on one name): the file name takes the
+// source's base name, inside the folder the rule named.
+TEST_F(OutputPath, AnEmptyNameTakesTheSourcesNameInsideTheFolder) {
+    auto untitled = Tagged(u"C:\\In\\x.flac", {{u"artist", u"A"}, {u"title", u"   "}});
+    EXPECT_EQ(Windows(*untitled, u"D:\\Out", u"[title]"), u"D:\\Out\\x.mp3");
+    EXPECT_EQ(Windows(*untitled, u"D:\\Out", u"[album]"), u"D:\\Out\\x.mp3");
+    EXPECT_EQ(Windows(*untitled, u"D:\\Out", u"[artist]\\[title]"), u"D:\\Out\\A\\x.mp3");
+    EXPECT_EQ(Windows(*untitled, u"D:\\Out", u"[artist]\\..."), u"D:\\Out\\A\\x.mp3");
+    // A source whose base name is dots only ("...wav" has "..") gives "_"s.
+    auto dots = Tagged(u"/in/...wav", {});
+    EXPECT_EQ(U(ComputeOutputPath(*dots, clString(u"/out"), clString(u"[origfilename]"), clString(u".flac"), clString(),
+                                  clString(), PosixPathSyntax())),
+              u"/out/__.flac");
+    EXPECT_EQ(U(ComputeOutputPath(*dots, clString(u"/out"), clString(), clString(u".flac"), clString(), clString(),
+                                  PosixPathSyntax())),
+              u"/out/__.flac");
+    auto blank = Tagged(u"/in/song.wav", {{u"title", u""}});
+    EXPECT_EQ(U(ComputeOutputPath(*blank, clString(u"/out"), clString(u"[title]"), clString(u".flac"), clString(),
+                                  clString(), PosixPathSyntax())),
+              u"/out/song.flac");
+}
+
+// Half a surrogate pair, from a damaged tag or a cut, never reaches a name:
+// it is U+FFFD by then, and a cut by length keeps a pair whole.
+TEST_F(OutputPath, LoneSurrogatesInTagsBecomeReplacementCharacters) {
+    auto damaged = Tagged(u"C:\\In\\x.flac", {{u"title", u"bad \xD83D half"}, {u"album", u"low \xDCE9"}});
+    EXPECT_EQ(Windows(*damaged, u"D:\\Out", u"[title]"), u"D:\\Out\\bad \uFFFD half.mp3");
+    EXPECT_EQ(Windows(*damaged, u"D:\\Out", u"[album]"), u"D:\\Out\\low \uFFFD.mp3");
+    auto emoji = Tagged(u"C:\\In\\x.flac", {{u"title", u"ab\U0001F3B5cd"}});
+    EXPECT_EQ(Windows(*emoji, u"D:\\Out", u"[MAXLENGTH]3,[title][]"), u"D:\\Out\\ab.mp3");
+    EXPECT_EQ(Windows(*emoji, u"D:\\Out", u"[MAXLENGTH]4,[title][]"), u"D:\\Out\\ab\U0001F3B5.mp3");
+    EXPECT_EQ(Windows(*emoji, u"D:\\Out", u"[RIGHT]3,[title][]"), u"D:\\Out\\\uFFFDcd.mp3");
+    // The bytes of a source name that is not UTF-8 stay what they are.
+    auto latin = Tagged(u"/in/caf\xDCE9.wav", {});
+    EXPECT_EQ(U(ComputeOutputPath(*latin, clString(u"/out"), clString(u"[origfilename]"), clString(u".flac"),
+                                  clString(), clString(), PosixPathSyntax())),
+              u"/out/caf\xDCE9.flac");
 }
 
 TEST_F(OutputPath, CharacterTableAndPlainAscii) {
