@@ -250,11 +250,13 @@ void clConversion::ShowExamining() {
 
 void clConversion::BuildJobs() {
     MakeJobs(input, settings, multiItems, jobs, encoderBatches, services.tickCount);
-    if (!ExamineJobs(input, jobs, services.askOverwrite)) {
+    clOverwriteItems renamed;
+    if (!ExamineJobs(input, jobs, services.askOverwrite, &renamed)) {
         state = kStateFinished;
         CloseWindow();
         return;
     }
+    if (renamed.Count() > 0 && services.tellRenamed) services.tellRenamed(renamed);
     RemoveSkippedJobs(jobs);
     fileCount = static_cast<int32_t>(jobs.Count());
     totalBytes = 0;

@@ -43,6 +43,9 @@ struct clConversionServices {
     clAskOverwrite askOverwrite;
     // The power action of the "After Conversion" choice (1 to 5).
     std::function<void(int32_t action)> performAfterAction;
+    // Jobs that shared an output with an earlier job of the run and got a
+    // name of their own (output path before, new path after).
+    std::function<void(const clOverwriteItems& renamed)> tellRenamed;
     // The final showing of the logs; called only when one isn't empty.
     std::function<void(const clLogEntries& errors, const clLogEntries& infos)> showLogs;
 

@@ -37,6 +37,12 @@ public:
     clString extension;
     int32_t skip = 0;
     int32_t jobIndex = 0;
+    // A file exists at the path now.
+    int32_t exists = 0;
+    // The index of an earlier job of the batch with the same output, or -1.
+    // Whatever the answer, the later job will not write over that one's
+    // output: it gets a name of its own if both still write.
+    int32_t sharedWith = -1;
 };
 
 using clOverwriteItems = clOwningList<clOverwriteItem>;

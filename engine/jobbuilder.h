@@ -26,8 +26,16 @@ void MakeJobs(const clConversionInput& input, clConversionSettings& settings, co
               clConversionJobs& jobs, clEncoderBatches& batches, const std::function<uint32_t()>& tickCount);
 
 // Output paths, rule decisions and the overwrite question; false when the
-// question was cancelled.
-bool ExamineJobs(const clConversionInput& input, clConversionJobs& jobs, const clAskOverwrite& askOverwrite);
+// question was cancelled. A job whose output is its own source is left out
+// of the question (the worker refuses it). Whatever the answer, no job
+// writes over another's output of the same run: of jobs that would, the
+// later ones get unique names, each listed in `renamed` when given.
+bool ExamineJobs(const clConversionInput& input, clConversionJobs& jobs, const clAskOverwrite& askOverwrite,
+                 clOverwriteItems* renamed = nullptr);
+
+// `path` with " (2)", " (3)", ... ahead of its extension: the first that no
+// file has, no job of `jobs` writes and `taken` does not hold.
+clString UniqueBatchPath(const clString& path, const clConversionJobs& jobs, const clStringList& taken);
 
 // Drops the jobs marked to skip, keeping the order of the rest.
 void RemoveSkippedJobs(clConversionJobs& jobs);

@@ -54,6 +54,7 @@ void clSlotReport::Reset(int64_t sourceLengthMs) {
     errorText.Clear();
     infoText.Clear();
     tempFile.Clear();
+    outputReady = false;
     errorCut = false;
     infoCut = false;
 }
@@ -97,6 +98,8 @@ void clSlotReport::TakeMessage(const clString& line) {
         actionOutput = value;
     } else if (key.Equals(u"TempFile")) {
         tempFile = value;
+    } else if (key.Equals(u"OutputReady")) {
+        outputReady = true;
     }
 }
 

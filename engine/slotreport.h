@@ -33,6 +33,9 @@ public:
     clString errorText, infoText;  // lines joined by CR LF
     // The worker's temporary output ("TempFile"), while it writes it.
     clString tempFile;
+    // The worker put its output in place ("OutputReady"): the only proof of
+    // a converted file, as a worker that dies early says nothing at all.
+    bool outputReady = false;
     uint32_t textTick = 0;
     uint32_t textEmptySince = 0;
 

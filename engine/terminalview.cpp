@@ -222,16 +222,26 @@ void clTerminalView::ReadCancelAnswer(clConversion& conversion) {
 }
 
 bool clTerminalView::AskOverwrite(clOverwriteItems& items) {
-    if (overwriteMode == kOverwriteAlways) return true;
+    // Only files on disk are a question. A job whose output is only another
+    // job's output too gets a name of its own afterwards, whatever is
+    // answered here (see TellRenamed).
+    std::vector<clOverwriteItem*> existing;
+    for (int64_t i = 0; i < items.Count(); ++i) {
+        if (items[i].exists != 0) existing.push_back(&items[i]);
+    }
+    if (existing.empty() || overwriteMode == kOverwriteAlways) return true;
     LeaveBlock();
+    auto skipAll = [&existing] {
+        for (clOverwriteItem* item : existing) item->skip = 1;
+    };
     if (overwriteMode == kOverwriteSkip || !io.inputIsTerminal) {
-        for (int64_t i = 0; i < items.Count(); ++i) items[i].skip = 1;
-        Say("Skipping " + std::to_string(items.Count()) +
-            (items.Count() == 1 ? " file that exists" : " files that exist") + " already.\n");
+        skipAll();
+        Say("Skipping " + std::to_string(existing.size()) +
+            (existing.size() == 1 ? " file that exists" : " files that exist") + " already.\n");
         return true;
     }
     Say("These files exist already:\n");
-    for (int64_t i = 0; i < items.Count(); ++i) Say("  " + Utf8(items[i].newPath) + "\n");
+    for (clOverwriteItem* item : existing) Say("  " + Utf8(item->newPath) + "\n");
     for (;;) {
         Say("Overwrite all [o], skip all [s], decide one by one [d], or cancel [c]? ");
         std::string answer;
@@ -241,21 +251,27 @@ bool clTerminalView::AskOverwrite(clOverwriteItems& items) {
             case 'o':
             case 'O': return true;
             case 's':
-            case 'S':
-                for (int64_t i = 0; i < items.Count(); ++i) items[i].skip = 1;
-                return true;
+            case 'S': skipAll(); return true;
             case 'c':
             case 'C': cancelled = true; return false;
             case 'd':
             case 'D':
-                for (int64_t i = 0; i < items.Count(); ++i) {
-                    Say("Overwrite " + Utf8(items[i].newPath) + "? [y/N] ");
+                for (clOverwriteItem* item : existing) {
+                    Say("Overwrite " + Utf8(item->newPath) + "? [y/N] ");
                     bool yes = io.readLine(answer, true) && !answer.empty() && (answer[0] == 'y' || answer[0] == 'Y');
-                    items[i].skip = yes ? 0 : 1;
+                    item->skip = yes ? 0 : 1;
                 }
                 return true;
             default: break;
         }
+    }
+}
+
+void clTerminalView::TellRenamed(const clOverwriteItems& renamed) {
+    LeaveBlock();
+    for (int64_t i = 0; i < renamed.Count(); ++i) {
+        Say("Another file of this run is written to " + Utf8(renamed[i].outputPath) + "; this one goes to " +
+            Utf8(renamed[i].newPath) + "\n");
     }
 }
 
@@ -274,6 +290,7 @@ int clTerminalView::Run(clConversionInput& input, clConversionServices services)
     // The view asked already when it passes a cancel on.
     services.askCancel = [] { return true; };
     services.askOverwrite = [this](clOverwriteItems& items) { return AskOverwrite(items); };
+    services.tellRenamed = [this](const clOverwriteItems& renamed) { TellRenamed(renamed); };
     services.showLogs = [this](const clLogEntries& errors, const clLogEntries& infos) { ShowLogs(errors, infos); };
     clConversion conversion(input, services);
     current = &conversion;

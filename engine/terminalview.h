@@ -65,8 +65,11 @@ public:
     // showing are this view's) and answers the exit code.
     int Run(clConversionInput& input, clConversionServices services);
 
-    // The overwrite question; false to cancel the run.
+    // The overwrite question, about the items whose file exists; false to
+    // cancel the run.
     bool AskOverwrite(clOverwriteItems& items);
+    // One line for each job that got a name of its own.
+    void TellRenamed(const clOverwriteItems& renamed);
 
 private:
     clTerminalIo io;

@@ -13,13 +13,14 @@ class clPipe {
 public:
     clPipeHandle readEnd = clNoPipe;
     clByteBuffer buffer;
+    uint64_t pending = 0;  // bytes of a character cut off by the last read
 
     ~clPipe() { PlatformClosePipe(readEnd); }
 
     // Takes what the pipe holds, as far as the peek says, in as many rounds
     // as the worker keeps it filled. A failed peek counts as an empty pipe.
     clString ReadAll() {
-        uint64_t count = 0;
+        uint64_t count = pending;
         for (;;) {
             int64_t waiting = PlatformPipeAvailable(readEnd);
             if (waiting <= 0) break;
@@ -30,14 +31,11 @@ public:
             count += static_cast<uint64_t>(got);
         }
         clString text;
-        if (count == 0) return text;
-        // An odd byte at the end is half a character; it reads as if its
-        // other half were zero.
-        int32_t characters = static_cast<int32_t>((count + 1) / 2);
-        text.SetLength(characters);
-        if (text.Length() != characters) return clString();
-        text.text[characters - 1] = 0;
-        std::memcpy(text.text, buffer.data, count);
+        if (count == pending) return text;
+        int64_t used = PlatformPipeText(buffer.data, static_cast<int64_t>(count), text);
+        // The cut-off character waits at the front for the rest of it.
+        pending = count - static_cast<uint64_t>(used);
+        if (pending > 0) std::memmove(buffer.data, buffer.data + used, pending);
         return text;
     }
 };

@@ -30,6 +30,9 @@ const char16_t* WorkerPriorityOption(int32_t code) {
     }
 }
 
+const char16_t* const kEndedEarlyLine =
+    u"Error: ConvertWorker ended before finishing the output, possible ConvertWorker crash";
+
 clWorkerSlot::~clWorkerSlot() {
     copyThread.Close();
     delete worker;
@@ -111,6 +114,7 @@ void clWorkerSlot::StartJob(const clJobStart& job) {
     isDirectCopy = job.directCopy;
     textTick = 0;
     paused = false;
+    cancelSent = false;
     copyPercent = 0;
     copyErrors.Clear();
 
@@ -160,10 +164,13 @@ void clWorkerSlot::EndJob() {
         // died mid-file (killed, say), which no crash handler can report.
         if (!tempFile.IsEmpty() && PathExists(tempFile)) {
             DeleteFileEx(tempFile);
-            if (workerEnded)
-                AddError(
-                    clString(u"Error: ConvertWorker ended before finishing the output, possible ConvertWorker crash"));
+            if (workerEnded) AddError(clString(kEndedEarlyLine));
         }
+        // Deliberately stricter than "no error line is success": a worker
+        // killed before it made its temporary file, or one that simply
+        // exits, says nothing, and its job would count as converted with
+        // no output at all. A job asked to stop may end so, as cancelled.
+        if (workerEnded && errorText.IsEmpty() && !outputReady && !cancelSent) AddError(clString(kEndedEarlyLine));
     }
     if (isDirectCopy) {
         percent = copyPercent;
@@ -205,7 +212,10 @@ void clWorkerSlot::Tick(bool pausePressed, bool cancelRequested, int32_t wantedP
         paused = false;
         if (worker != nullptr) worker->Resume();
     }
-    if (cancelRequested && cancelEvent.handle != 0) cancelEvent.Set();
+    if (cancelRequested && cancelEvent.handle != 0) {
+        cancelEvent.Set();
+        cancelSent = true;
+    }
     if (isDirectCopy) return;
     if (watchdogEvent.handle != 0 && watchdogEvent.IsSet()) {
         lastHeartbeat = env.tickCount();

@@ -44,6 +44,8 @@ struct clJobStart {
 };
 
 constexpr uint32_t kWatchdogLimitMs = 60000;
+// The line of a job whose worker ended without putting its output in place.
+extern const char16_t* const kEndedEarlyLine;
 
 class clWorkerSlot : public clSlotReport {
 public:
@@ -61,6 +63,7 @@ public:
     clWorkerLink* worker = nullptr;  // the running worker's process and pipes
     clString commandFile;
     std::atomic<bool> paused{false};  // read by the copy thread
+    bool cancelSent = false;          // the running job was asked to stop
     int32_t priority = 0;
     XEvent cancelEvent, watchdogEvent;
     uint32_t lastHeartbeat = 0;

@@ -42,6 +42,22 @@ std::u16string WithCause(const std::u16string& line, const std::u16string& cause
     return cause.empty() ? line : line + u": " + cause;
 }
 
+// Why a file could not be made or put in place, by the system's error.
+std::u16string FileFailure(uint32_t error) {
+    switch (error) {
+        case clErrorNameTooLong: return u"the name is too long for the file system";
+        case clErrorDiskFull: return u"the disk is full";
+        case clErrorFileNotFound:
+        case clErrorPathNotFound: return u"the folder does not exist";
+        case clErrorAccessDenied: return u"the folder can't be written (no permission, or a read-only disk)";
+        default: return u"the file system refused it (error " + Digits(error) + u")";
+    }
+}
+
+bool SameFile(const std::u16string& first, const std::u16string& second) {
+    return PlatformSameFile(first.c_str(), second.c_str());
+}
+
 // The block in the kind the next stage takes; `scratch` keeps converted
 // samples alive until the stage's next block.
 qv_audio_block Adapt(const qv_audio_block& in, const qv_audio_format& link, uint32_t accepted, int intBits,
@@ -89,14 +105,32 @@ Conversion::~Conversion() { Abort(); }
 std::u16string Conversion::TemporaryPath(const WorkerCommand& what, uint64_t unique) {
     clString output(what.outFile.c_str());
     clString folder = what.tmpFolder.empty() ? GetFolderPart(output) : clString(what.tmpFolder.c_str());
-    std::u16string name = GetFileBaseName(output).text;
-    name +=
-        u".qvtmp" + std::u16string(GetProcessGuidText().text, 8) + u"-" + Digits(unique) + GetExtension(output).text;
+    static const char16_t kHex[] = u"0123456789abcdef";
+    std::u16string name = u".qvtmp" + std::u16string(GetProcessGuidText().text, 8) + u"-";
+    for (int shift = 12; shift >= 0; shift -= 4) name.push_back(kHex[(unique >> shift) & 0xF]);
+    // The extension stays last: some libraries choose the format by it.
+    // A name too long to have one is no output name anyway.
+    clString extension = GetExtension(output);
+    if (extension.Length() <= 16) name += extension.text;
     return JoinPath(folder, clString(name.c_str())).text;
 }
 
 bool Conversion::OpenDecoder() {
     const std::u16string& source = command.inFile;
+    // A pipe or a device would block the first read for ever; a folder is
+    // no audio file.
+    clFileKind kind = PlatformFileKind(source.c_str());
+    if (kind == clFileKind::Folder || kind == clFileKind::Other) {
+        report.Error(u"Unable to open source file " + Quoted(source) + u": it is not a regular file");
+        return false;
+    }
+    // An output never replaces its own source, whatever the overwrite
+    // setting says: the source is what a user can't get back.
+    if (SameFile(source, command.outFile)) {
+        report.Error(u"Unable to create output file " + Quoted(command.outFile) +
+                     u": it is the source file itself, which is never replaced; choose another folder or naming");
+        return false;
+    }
     // The source must be there and readable before any plug-in sees it.
     clFileHandle probe = PlatformOpenFile(source.c_str(), clAccessRead, clShareReadWrite, clOpenExisting);
     if (probe == clInvalidHandle) {
@@ -188,9 +222,20 @@ bool Conversion::BeginEncoder() {
             report.Message(u"TempFile", temporary);
             break;
         }
-        if (PlatformGetLastError() != clErrorFileExists && PlatformGetLastError() != clErrorAlreadyExists) {
+        uint32_t error = PlatformGetLastError();
+        if (error != clErrorFileExists && error != clErrorAlreadyExists) {
+            clString folderPath = GetFolderPart(clString(temporary.c_str()));
+            RemoveBackslashes(folderPath);
+            std::u16string folder = folderPath.text;
+            std::u16string reason = FileFailure(error);
+            if ((error == clErrorPathNotFound || error == clErrorFileNotFound) &&
+                PlatformFileKind(folder.c_str()) != clFileKind::Missing) {
+                reason = Quoted(folder) + u" is a file, not a folder";
+            } else if (error == clErrorPathNotFound || error == clErrorFileNotFound) {
+                reason = u"the folder " + Quoted(folder) + u" does not exist and can't be made";
+            }
             temporary.clear();
-            report.Error(u"Unable to create output file " + Quoted(command.outFile) + u": the folder can't be written");
+            report.Error(u"Unable to create output file " + Quoted(command.outFile) + u": " + reason);
             return false;
         }
     }
@@ -341,12 +386,23 @@ bool Conversion::Finish() {
         }
     }
     if (cancel.load()) return false;
+    // Asked again at the last moment: the source may have been linked to
+    // the output's name while the conversion ran.
+    if (SameFile(command.inFile, command.outFile)) {
+        report.Error(u"Unable to put the output in place as " + Quoted(command.outFile) +
+                     u": that is the source file itself, which is never replaced");
+        return false;
+    }
     if (!PlatformReplaceFile(temporary.c_str(), command.outFile.c_str())) {
-        report.Error(u"Unable to put the output in place as " + Quoted(command.outFile));
+        report.Error(u"Unable to put the output in place as " + Quoted(command.outFile) + u": " +
+                     FileFailure(PlatformGetLastError()));
         return false;
     }
     temporary.clear();
     PlatformSetCrashRemovesFile(nullptr);
+    // The one sign of success the front end trusts: a worker that ends
+    // without it wrote no output, whatever it said before.
+    report.Message(u"OutputReady", u"1");
     return true;
 }
 

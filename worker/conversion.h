@@ -25,13 +25,14 @@ public:
     bool Run();
     bool Cancelled() const { return cancel.load(); }
 
-    // The temporary name in the output's folder (or in `tmpFolder`): the
-    // output's name with ".qvtmp<process>-<unique>" ahead of its extension,
-    // which stays last because some libraries choose the format by it.
-    // <process> is this process's own (8 hex digits of its GUID): a name
-    // is never used by two workers, not even one after the other, so the
-    // front end may remove what a dead worker left without hitting a live
-    // one's file.
+    // The temporary name in the output's folder (or in `tmpFolder`):
+    // ".qvtmp<process>-<unique>" and the output's extension, which stays
+    // last because some libraries choose the format by it. Short and of
+    // fixed length, so that an output name as long as a name may be still
+    // has a temporary name. <process> is this process's own (8 hex digits
+    // of its GUID): a name is never used by two workers, not even one
+    // after the other, so the front end may remove what a dead worker left
+    // without hitting a live one's file.
     static std::u16string TemporaryPath(const WorkerCommand& what, uint64_t unique);
 
     struct Effect;

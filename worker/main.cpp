@@ -47,8 +47,11 @@ const char kHelp[] =
     "that way. Plug-ins load by name from decoder/, encoder/ and DSPs/ only.\n"
     "\n"
     "Standard output carries lines \"MSGTO: qvt: Key: value\" (PCDone, msLen,\n"
-    "Action, ActionInput, ActionOutput); standard error carries one line per\n"
-    "failure, naming the file and the cause. Both are UTF-16LE with CR LF.\n"
+    "Action, ActionInput, ActionOutput, TempFile, OutputReady once the output\n"
+    "is in place); standard error carries one line per\n"
+    "failure, naming the file and the cause. Both are text lines ending in\n"
+    "CR LF: UTF-8 on Linux (where the libraries write their own messages so),\n"
+    "UTF-16LE on Windows.\n"
     "Exit codes: 0 converted, 1 failed, 2 bad command, 3 cancelled.\n";
 
 // The crash line, made before the conversion starts: a crashing process

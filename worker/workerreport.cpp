@@ -1,15 +1,10 @@
 #include "worker/workerreport.h"
 
 #include "foundation/platform/fileio.h"
+#include "foundation/platform/workerprocess.h"
 
 std::string WorkerReport::Encode(const std::u16string& line) {
-    std::string bytes;
-    bytes.reserve(line.size() * 2);
-    for (char16_t unit : line) {
-        bytes.push_back(static_cast<char>(unit & 0xFF));
-        bytes.push_back(static_cast<char>(unit >> 8));
-    }
-    return bytes;
+    return PlatformPipeBytes(line.data(), static_cast<int32_t>(line.size()));
 }
 
 void WorkerReport::Write(int stream, const std::u16string& line) {

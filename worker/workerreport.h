@@ -1,4 +1,5 @@
-// What the worker tells the front end: UTF-16LE lines ending in CR LF,
+// What the worker tells the front end: lines ending in CR LF, in the pipe
+// text of the platform (UTF-16LE on Windows, UTF-8 on POSIX),
 // each written whole in one call, so that a reader draining the pipe at
 // any moment sees at most the lines before it and never half of one.
 // Messages go to standard output as "MSGTO: qvt: Key: value"; failures go
@@ -17,7 +18,7 @@ public:
     void Error(const std::u16string& text);
     bool HadError() const { return hadError; }
 
-    // The line as written, without the CR LF: UTF-16LE bytes.
+    // The line as written, without the CR LF, in the pipe text.
     static std::string Encode(const std::u16string& line);
 
 private:

@@ -30,6 +30,7 @@ constexpr uint32_t clErrorHandleEof = 38;
 constexpr uint32_t clErrorFileExists = 80;
 constexpr uint32_t clErrorDiskFull = 112;
 constexpr uint32_t clErrorAlreadyExists = 183;
+constexpr uint32_t clErrorNameTooLong = 206;
 
 constexpr int clSeekBegin = 0;
 constexpr int clSeekCurrent = 1;

@@ -45,8 +45,8 @@ bool PlatformRemoveDirectory(const char16_t* path);
 bool PlatformSetFileAttributes(const char16_t* path, uint32_t attributes);
 // GetDriveTypeW's answer for a root given with its separator; 1 means
 // there is no such root. POSIX: 1 when the path names no existing folder,
-// 5 (CD ROM) when that folder lies on an iso9660 or udf file system or on
-// a read-only mount, else 3 (fixed).
+// 5 (CD ROM) when that folder lies on an iso9660 or udf file system, else
+// 3 (fixed); a read-only mount is told by PlatformIsReadOnlyVolume.
 uint32_t PlatformGetDriveType(const char16_t* root);
 constexpr uint32_t clDriveCdRom = 5;
 // GetLogicalDrives: bit 0 for A: to bit 25 for Z:. POSIX has no drive
@@ -65,3 +65,14 @@ bool PlatformGetVolumeRoot(const char16_t* path, clString& root);
 bool PlatformGetVolumeLabel(const char16_t* root, clString& label);
 // The temporary folder with its trailing separator; false when unknown.
 bool PlatformGetTempPath(clString& path);
+
+// True when both paths exist and name one file (the same device and inode
+// on POSIX, the same volume and file index on Windows), also through a
+// link or a name that differs only in case on a case-blind volume.
+bool PlatformSameFile(const char16_t* first, const char16_t* second);
+// The kind of what `path` names, links followed.
+enum class clFileKind { Missing, Regular, Folder, Other };
+clFileKind PlatformFileKind(const char16_t* path);
+// True when the volume that holds `root` is mounted read-only (POSIX) or
+// reports itself read-only (Windows).
+bool PlatformIsReadOnlyVolume(const char16_t* root);

@@ -207,7 +207,11 @@ bool PlatformReplaceFile(const char16_t* from, const char16_t* to) {
     }
     // Another volume: a copy beside the target first, so the target itself
     // is only ever replaced by a rename.
-    std::string beside = target + ".qvcopy";
+    // A short name of fixed length beside the target: the target's own
+    // name may already be as long as a name can be.
+    size_t slash = target.find_last_of('/');
+    std::string beside = (slash == std::string::npos ? std::string() : target.substr(0, slash + 1)) + ".qvcopy" +
+                         std::to_string(static_cast<long>(::getpid()));
     ::unlink(beside.c_str());
     if (!CopyWhole(source, beside) || ::rename(beside.c_str(), target.c_str()) != 0) {
         int saved = errno;
@@ -262,11 +266,30 @@ uint32_t PlatformGetDriveType(const char16_t* root) {
     struct statfs system {};
     constexpr long kIso9660 = 0x9660;
     constexpr long kUdf = 0x15013346;
-    if (::statfs(native.c_str(), &system) == 0 &&
-        (system.f_type == kIso9660 || system.f_type == kUdf || (system.f_flags & ST_RDONLY) != 0)) {
+    if (::statfs(native.c_str(), &system) == 0 && (system.f_type == kIso9660 || system.f_type == kUdf)) {
         return clDriveCdRom;
     }
     return 3;
+}
+
+bool PlatformIsReadOnlyVolume(const char16_t* root) {
+    struct statvfs volume {};
+    return ::statvfs(NativePath(root).c_str(), &volume) == 0 && (volume.f_flag & ST_RDONLY) != 0;
+}
+
+bool PlatformSameFile(const char16_t* first, const char16_t* second) {
+    struct stat a {};
+    struct stat b {};
+    return ::stat(NativePath(first).c_str(), &a) == 0 && ::stat(NativePath(second).c_str(), &b) == 0 &&
+           a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+clFileKind PlatformFileKind(const char16_t* path) {
+    struct stat st {};
+    if (::stat(NativePath(path).c_str(), &st) != 0) return clFileKind::Missing;
+    if (S_ISREG(st.st_mode)) return clFileKind::Regular;
+    if (S_ISDIR(st.st_mode)) return clFileKind::Folder;
+    return clFileKind::Other;
 }
 
 uint32_t PlatformGetLogicalDrives() { return 0; }

@@ -59,6 +59,47 @@ bool PlatformSetFileAttributes(const char16_t* path, uint32_t attributes) {
 
 uint32_t PlatformGetDriveType(const char16_t* root) { return GetDriveTypeW(W(root)); }
 
+bool PlatformIsReadOnlyVolume(const char16_t* root) {
+    DWORD flags = 0;
+    return GetVolumeInformationW(W(root), nullptr, 0, nullptr, nullptr, &flags, nullptr, 0) &&
+           (flags & FILE_READ_ONLY_VOLUME) != 0;
+}
+
+namespace {
+
+// The volume and index of a file, which name it whatever path reaches it.
+bool FileIdentity(const char16_t* path, BY_HANDLE_FILE_INFORMATION& info) {
+    HANDLE file = CreateFileW(W(path), FILE_READ_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                              nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return false;
+    bool ok = GetFileInformationByHandle(file, &info) != FALSE;
+    CloseHandle(file);
+    return ok;
+}
+
+}  // namespace
+
+bool PlatformSameFile(const char16_t* first, const char16_t* second) {
+    BY_HANDLE_FILE_INFORMATION a{};
+    BY_HANDLE_FILE_INFORMATION b{};
+    return FileIdentity(first, a) && FileIdentity(second, b) && a.dwVolumeSerialNumber == b.dwVolumeSerialNumber &&
+           a.nFileIndexHigh == b.nFileIndexHigh && a.nFileIndexLow == b.nFileIndexLow;
+}
+
+clFileKind PlatformFileKind(const char16_t* path) {
+    DWORD attributes = GetFileAttributesW(W(path));
+    if (attributes == INVALID_FILE_ATTRIBUTES) return clFileKind::Missing;
+    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return clFileKind::Folder;
+    if ((attributes & FILE_ATTRIBUTE_DEVICE) != 0) return clFileKind::Other;
+    // A name such as "\\.\pipe\x" or "CON" opens a device, not a file.
+    HANDLE file = CreateFileW(W(path), FILE_READ_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                              nullptr, OPEN_EXISTING, 0, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return clFileKind::Regular;
+    DWORD type = GetFileType(file);
+    CloseHandle(file);
+    return type == FILE_TYPE_DISK ? clFileKind::Regular : clFileKind::Other;
+}
+
 uint32_t PlatformGetLogicalDrives() { return GetLogicalDrives(); }
 
 bool PlatformGetFreeSpace(const char16_t* path, uint64_t* freeBytes) {

@@ -30,7 +30,7 @@ void SetLastErrorFromErrno(int error) {
         case ENOSPC:
         case EFBIG:
         case EDQUOT: code = clErrorDiskFull; break;
-        case ENAMETOOLONG: code = 206; break;
+        case ENAMETOOLONG: code = clErrorNameTooLong; break;
         case ENOTEMPTY: code = 145; break;
         case EXDEV: code = 17; break;
         default: code = 31; break;  // "a device attached to the system is not functioning"

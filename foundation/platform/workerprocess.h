@@ -15,6 +15,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "foundation/clstring.h"
 #include "foundation/platform/thread.h"
@@ -33,6 +34,17 @@ void PlatformClosePipe(clPipeHandle pipe);
 int64_t PlatformPipeAvailable(clPipeHandle readEnd);
 // Reads at most `count` bytes that are waiting; the count, -1 on failure.
 int64_t PlatformPipeRead(clPipeHandle readEnd, void* buffer, uint32_t count);
+
+// The text of the worker's pipes. Windows: UTF-16LE, like every text the
+// program exchanges. POSIX: UTF-8, because the libraries a worker loads
+// write their own messages to the same standard error in UTF-8, and those
+// must reach the log as the words they are.
+std::string PlatformPipeBytes(const char16_t* text, int32_t length);
+// Decodes `count` bytes read from a worker's pipe into `text` and answers
+// how many were used: a character cut off at the end (half a UTF-16 unit,
+// the start of a UTF-8 sequence) is left for the next read. NULs are
+// dropped.
+int64_t PlatformPipeText(const unsigned char* bytes, int64_t count, clString& text);
 
 // Starts `commandLine` (Windows rules) with the write ends as standard
 // output and error, standard input empty, no window, normal priority. The

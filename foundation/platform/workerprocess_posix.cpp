@@ -11,6 +11,7 @@
 
 #include "foundation/platform/posixsupport_posix.h"
 #include "foundation/platform/workerprocess.h"
+#include "foundation/utf.h"
 
 extern char** environ;
 
@@ -55,6 +56,32 @@ int64_t PlatformPipeRead(clPipeHandle readEnd, void* buffer, uint32_t count) {
         if (errno == EINTR) continue;
         return errno == EAGAIN ? 0 : -1;
     }
+}
+
+std::string PlatformPipeBytes(const char16_t* text, int32_t length) {
+    std::string bytes(static_cast<size_t>(Utf8LengthOf(text, length)), '\0');
+    Utf16ToUtf8(text, length, bytes.data());
+    return bytes;
+}
+
+int64_t PlatformPipeText(const unsigned char* bytes, int64_t count, clString& text) {
+    // A sequence that its lead byte says is longer than what arrived waits
+    // for the rest.
+    int64_t used = count;
+    for (int64_t back = 1; back <= 3 && back <= count; ++back) {
+        unsigned char b = bytes[count - back];
+        if ((b & 0xC0) == 0x80) continue;
+        int64_t need = b >= 0xF0 ? 4 : b >= 0xE0 ? 3 : b >= 0xC0 ? 2 : 1;
+        if (need > back) used = count - back;
+        break;
+    }
+    std::string whole;
+    whole.reserve(static_cast<size_t>(used));
+    for (int64_t i = 0; i < used; ++i) {
+        if (bytes[i] != 0) whole.push_back(static_cast<char>(bytes[i]));
+    }
+    Utf8ToString(whole.data(), static_cast<int64_t>(whole.size()), text);
+    return used;
 }
 
 bool PlatformStartWorker(const clString& commandLine, clPipeHandle outWrite, clPipeHandle errWrite,

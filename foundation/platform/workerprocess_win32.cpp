@@ -2,6 +2,30 @@
 
 #include "foundation/platform/workerprocess.h"
 
+std::string PlatformPipeBytes(const char16_t* text, int32_t length) {
+    std::string bytes;
+    bytes.reserve(static_cast<size_t>(length > 0 ? length : 0) * 2);
+    for (int32_t i = 0; i < length; ++i) {
+        bytes.push_back(static_cast<char>(text[i] & 0xFF));
+        bytes.push_back(static_cast<char>(text[i] >> 8));
+    }
+    return bytes;
+}
+
+int64_t PlatformPipeText(const unsigned char* bytes, int64_t count, clString& text) {
+    // An odd byte at the end is half a unit; it waits for its other half.
+    int64_t used = count & ~int64_t{1};
+    int32_t units = 0;
+    text.SetCapacity(static_cast<int32_t>(used / 2 + 1));
+    for (int64_t i = 0; i < used; i += 2) {
+        auto unit = static_cast<char16_t>(bytes[i] | (bytes[i + 1] << 8));
+        if (unit != 0) text.text[units++] = unit;
+    }
+    text.text[units] = 0;
+    text.size = units + 1;
+    return used;
+}
+
 namespace {
 
 HANDLE H(intptr_t handle) { return reinterpret_cast<HANDLE>(handle); }

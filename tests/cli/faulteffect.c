@@ -7,6 +7,10 @@
  *   hold=MS     sleeps MS milliseconds before passing each block
  *   flood=MB    on the first block, writes MB megabytes of text lines,
  *               half to standard output and half to standard error
+ *   exit=N      ends the worker with exit code N as the effect begins,
+ *               before any output exists and without a word
+ *   library=1   on the first block, writes a line of UTF-8 to standard
+ *               error itself, as a codec library does
  * It sees the plug-in header and the C library, nothing of the program. */
 #ifndef _WIN32
 #define _POSIX_C_SOURCE 200809L
@@ -38,6 +42,8 @@ typedef struct fault {
     char pidFile[1024];
     int holdMs;
     int floodMb;
+    int exitCode;
+    int library;
     int started;
 } fault;
 
@@ -62,6 +68,8 @@ static void parse(fault* self, const qv_char* settings) {
         if (strcmp(item, "pid") == 0 && strlen(value) < sizeof self->pidFile) strcpy(self->pidFile, value);
         if (strcmp(item, "hold") == 0) self->holdMs = atoi(value);
         if (strcmp(item, "flood") == 0) self->floodMb = atoi(value);
+        if (strcmp(item, "exit") == 0) self->exitCode = atoi(value) + 1;
+        if (strcmp(item, "library") == 0) self->library = atoi(value);
     }
 }
 
@@ -76,17 +84,20 @@ static void write_pid(const fault* self) {
     rename(partial, self->pidFile);
 }
 
-/* UTF-16LE lines ending in CR LF, as a chatty worker would write them. */
+/* Lines ending in CR LF in the worker's pipe text (UTF-16LE on Windows,
+ * UTF-8 elsewhere), as a chatty worker would write them. */
 static void flood(FILE* stream, long bytes) {
+    static const char line[] = "flood flood flood flood flood flood flood flood flood flood\r\n";
 #ifdef _WIN32
     /* The C library's text mode would put a CR before every LF byte and
      * split the UTF-16 characters; the worker writes its bytes as they are. */
     _setmode(_fileno(stream), _O_BINARY);
-#endif
-    static const char line[] = "flood flood flood flood flood flood flood flood flood flood\r\n";
     char wide[2 * (sizeof line - 1)];
     for (size_t i = 0; i < sizeof line - 1; ++i) wide[2 * i] = line[i], wide[2 * i + 1] = 0;
     for (long written = 0; written < bytes; written += (long)sizeof wide) fwrite(wide, 1, sizeof wide, stream);
+#else
+    for (long written = 0; written < bytes; written += (long)sizeof line - 1) fwrite(line, 1, sizeof line - 1, stream);
+#endif
     fflush(stream);
 }
 
@@ -117,7 +128,9 @@ QV_EXPORT const qv_char* DSP_RemoveConfigBit(uint64_t handle, void* parent) {
 }
 QV_EXPORT int32_t DSP_BeginConversion(uint64_t handle, qv_begin_record* record, const qv_char* settings) {
     (void)record;
-    parse((fault*)(uintptr_t)handle, settings);
+    fault* self = (fault*)(uintptr_t)handle;
+    parse(self, settings);
+    if (self->exitCode > 0) _Exit(self->exitCode - 1);
     return 1;
 }
 QV_EXPORT int32_t DSP_PassAudioBlock(uint64_t handle, const qv_audio_block* in, qv_audio_block* out) {
@@ -129,6 +142,10 @@ QV_EXPORT int32_t DSP_PassAudioBlock(uint64_t handle, const qv_audio_block* in, 
             long half = (long)self->floodMb * 1024L * 512L;
             flood(stdout, half);
             flood(stderr, half);
+        }
+        if (self->library) {
+            fputs("libsomething: d\xC3\xA9j\xC3\xA0 vu \xE2\x9C\x93 \xE6\x9D\xB1\xE4\xBA\xAC\n", stderr);
+            fflush(stderr);
         }
         if (self->pidFile[0] != 0) write_pid(self);
     }

@@ -46,6 +46,6 @@ protected:
         arguments.Add(clString(u"-qvcmd=", dir.File(u"cmd").text));
         int exitCode = -1;
         EXPECT_TRUE(PlatformRunProcess(BinPath(u"ConvertWorker"), arguments, dir.File(u"log"), &exitCode));
-        return FromUtf16Le(ReadBytes(dir.File(u"log")));
+        return FromPipeText(ReadBytes(dir.File(u"log")));
     }
 };

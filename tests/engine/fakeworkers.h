@@ -22,6 +22,10 @@ struct FakeWorkerState {
     int32_t priority = -1;
     int ticksLeft = 0;  // for RunFakeWorkers
     bool alive = true;  // the slot still holds the link
+    // A worker that ends says it put its output in place, as a real one
+    // does after a good conversion; false makes it die without a word.
+    bool putsOutput = true;
+    bool outputSaid = false;
 };
 
 class FakeWorker : public clWorkerLink {
@@ -30,6 +34,10 @@ public:
     ~FakeWorker() override { state.alive = false; }
     clString Read(bool standardError) override {
         std::u16string& pipe = standardError ? state.err : state.out;
+        if (!standardError && state.ended && state.putsOutput && !state.outputSaid) {
+            pipe += u"MSGTO: qvt: OutputReady: 1\r\n";
+            state.outputSaid = true;
+        }
         clString text(pipe.c_str());
         pipe.clear();
         return text;

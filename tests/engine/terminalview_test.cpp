@@ -199,6 +199,7 @@ TEST_F(TerminalViewTest, OverwriteQuestionAllOneByOneCancelAndNoConsent) {
         for (const char16_t* path : {u"/out/a.flac", u"/out/b.flac", u"/out/c.flac"}) {
             auto* item = new clOverwriteItem;
             item->outputPath = item->newPath = path;
+            item->exists = 1;
             list->Add(item);
         }
         return std::unique_ptr<clOverwriteItems>(list);

@@ -110,7 +110,7 @@ TEST_F(SlotTest, PipesFeedTheReportAndErrorsFailTheJobWhateverFollows) {
 // A worker removes its temporary output when it fails; one found after
 // it ended was left by a death no handler saw (SIGKILL, say).
 TEST_F(SlotTest, ATemporaryOutputLeftByAnEndedWorkerFailsTheJobAndGoes) {
-    clString temp = dir.File(u"out.qvtmp0A1B2C3D-0.flac");
+    clString temp = dir.File(u".qvtmp0A1B2C3D-0000.flac");
     for (bool leftBehind : {false, true}) {
         clWorkerSlot slot(env);
         slot.StartJob(Job());
@@ -128,6 +128,30 @@ TEST_F(SlotTest, ATemporaryOutputLeftByAnEndedWorkerFailsTheJobAndGoes) {
         EXPECT_EQ(U(slot.errorText).find(u"Error: ConvertWorker ended before finishing the output"),
                   leftBehind ? 0u : std::u16string::npos)
             << slot.errorText.ToUtf8();
+    }
+}
+
+// Deliberately stricter than "success is no line on standard error": a
+// worker that ends without saying its output is in place (killed before it
+// made its temporary file, or one that just exits) fails its job. Only a
+// job that was asked to stop may end so quietly.
+TEST_F(SlotTest, AWorkerThatEndsWithoutItsOutputFailsItsJob) {
+    struct Case {
+        bool saysReady;
+        bool cancelled;
+        bool fails;
+    };
+    for (Case c : {Case{true, false, false}, Case{false, false, true}, Case{false, true, false}}) {
+        clWorkerSlot slot(env);
+        slot.StartJob(Job());
+        FakeWorkerState& w = *launcher.started.back();
+        w.putsOutput = c.saysReady;
+        w.out = u"MSGTO: qvt: PCDone: 100\r\n";
+        slot.Tick(false, c.cancelled, 0);
+        w.ended = true;
+        slot.Tick(false, c.cancelled, 0);
+        EXPECT_EQ(slot.running, 0);
+        EXPECT_EQ(U(slot.errorText), c.fails ? kEndedEarlyLine : u"") << slot.errorText.ToUtf8();
     }
 }
 

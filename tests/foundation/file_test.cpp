@@ -4,8 +4,11 @@
 
 #include <vector>
 
+#include "foundation/folders.h"
 #include "foundation/messagebox.h"
 #include "foundation/pathsyntax.h"
+#include "foundation/pathtext.h"
+#include "foundation/platform/filesystem.h"
 #include "tests/support/testfolder.h"
 
 namespace {
@@ -167,4 +170,23 @@ TEST(File, ReadAndWriteFailuresAskRetryWithTheirOwnWords) {
     EXPECT_EQ(script.asked[1], script.asked[0]);
     EXPECT_EQ(script.asked[2], u"File Write Error|Unable to write to '" + U(path) + u"'|9");
     EXPECT_EQ(ReadBytes(path), "abc");
+}
+
+// One file behind two paths is known as one; a folder, a missing path and
+// a file are told apart, links followed.
+TEST(FileSystem, SameFileAndKindOfFile) {
+    TestFolder dir;
+    clString file = dir.File(u"a.wav");
+    ASSERT_TRUE(WriteBytes(file, "x"));
+    ASSERT_TRUE(WriteBytes(dir.File(u"b.wav"), "x"));
+    clString sub = dir.File(u"sub");
+    ASSERT_TRUE(MakeFolders(sub));
+    clString roundabout = JoinPath(JoinPath(sub, clString(u"..")), clString(u"a.wav"));
+    EXPECT_TRUE(PlatformSameFile(file.text, roundabout.text));
+    EXPECT_FALSE(PlatformSameFile(file.text, dir.File(u"b.wav").text));
+    EXPECT_FALSE(PlatformSameFile(file.text, dir.File(u"missing.wav").text));
+    EXPECT_FALSE(PlatformSameFile(dir.File(u"missing.wav").text, dir.File(u"missing.wav").text));
+    EXPECT_EQ(PlatformFileKind(file.text), clFileKind::Regular);
+    EXPECT_EQ(PlatformFileKind(sub.text), clFileKind::Folder);
+    EXPECT_EQ(PlatformFileKind(dir.File(u"missing.wav").text), clFileKind::Missing);
 }

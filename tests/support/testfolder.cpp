@@ -6,6 +6,7 @@
 #include "foundation/folders.h"
 #include "foundation/pathtext.h"
 #include "foundation/platform/processinfo.h"
+#include "foundation/platform/workerprocess.h"
 
 namespace {
 std::atomic<int> counter{0};
@@ -88,4 +89,10 @@ clString ProgramPath(const char16_t* name) {
     clString path = JoinPath(JoinPath(GetFolderPart(folder), clString(u"bin")), clString(name));
     path.Append(PlatformExecutableSuffix());
     return path;
+}
+
+std::u16string FromPipeText(const std::string& bytes) {
+    clString text;
+    PlatformPipeText(reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<int64_t>(bytes.size()), text);
+    return std::u16string(text.text);
 }

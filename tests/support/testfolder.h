@@ -24,6 +24,9 @@ bool WriteBytes(const clString& path, const std::string& bytes);
 std::string ReadBytes(const clString& path);
 // The text of UTF-16LE bytes (an odd last byte is dropped).
 std::u16string FromUtf16Le(const std::string& bytes);
+// The text of a worker's pipes as a test captured it (UTF-8 on POSIX,
+// UTF-16LE on Windows).
+std::u16string FromPipeText(const std::string& bytes);
 // UTF-16LE bytes of a UTF-8 literal, without a byte-order mark.
 std::string Utf16Le(const std::u16string& text);
 // The full path of one of the program's executables (TrackConverter,

@@ -63,7 +63,7 @@ protected:
         Outcome outcome;
         clString log = dir.File(u"worker.log");
         EXPECT_TRUE(PlatformRunProcess(WorkerPath(), arguments, log, &outcome.exitCode));
-        outcome.output = FromUtf16Le(ReadBytes(log));
+        outcome.output = FromPipeText(ReadBytes(log));
         return outcome;
     }
 
@@ -144,7 +144,9 @@ TEST_F(Worker, AnOutputFolderThatCantBeWrittenIsNamed) {
     target += u"out.raw16";
     Outcome outcome = Run(Options());
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_TRUE(outcome.Says(u"Unable to create output file '" + target + u"': the folder can't be written\r\n"));
+    EXPECT_TRUE(outcome.Says(u"Unable to create output file '" + target + u"': '" + dir.File(u"plain file").text +
+                             u"' is a file, not a folder\r\n"))
+        << std::string(outcome.output.begin(), outcome.output.end());
 }
 
 // A disk that fills up half way (a file-size limit stands in for it): the
@@ -165,7 +167,7 @@ TEST_F(Worker, AFullDiskFailsTheJobAndLeavesTheOldOutput) {
     arguments.Add(scriptText);
     int exitCode = -1;
     ASSERT_TRUE(PlatformRunProcess(clString(u"/bin/sh"), arguments, dir.File(u"worker.log"), &exitCode));
-    std::u16string log = FromUtf16Le(ReadBytes(dir.File(u"worker.log")));
+    std::u16string log = FromPipeText(ReadBytes(dir.File(u"worker.log")));
     EXPECT_EQ(exitCode, 1);
     EXPECT_NE(log.find(u"Error encoding '" + target + u"'"), std::u16string::npos)
         << std::string(log.begin(), log.end());
@@ -202,4 +204,41 @@ TEST(WorkerHelp, ExplainsTheCommandFile) {
     ASSERT_TRUE(PlatformRunProcess(WorkerPath(), arguments, dir.File(u"help.txt"), &exitCode));
     EXPECT_EQ(exitCode, 0);
     EXPECT_NE(ReadBytes(dir.File(u"help.txt")).find("-qvcmd=\"FILE\""), std::string::npos);
+}
+
+// An output never replaces its own source, whatever the overwrite choice:
+// by its own name, or through a second name of the same file.
+TEST_F(Worker, TheSourceIsNeverReplacedByItsOwnOutput) {
+    std::string audio = Pcm16(20000, 2);
+    ASSERT_TRUE(WriteBytes(clString(source.c_str()), audio));
+    target = source;
+    Outcome same = Run(Options(u" -dspeffect1=\"Example Gain=-db=-6\""));
+    EXPECT_EQ(same.exitCode, 1);
+    EXPECT_TRUE(same.Says(u"Unable to create output file '" + source +
+                          u"': it is the source file itself, which is never replaced; choose another folder or naming"))
+        << std::string(same.output.begin(), same.output.end());
+    EXPECT_FALSE(same.Says(u"OutputReady"));
+    EXPECT_EQ(ReadBytes(clString(source.c_str())), audio);
+    EXPECT_EQ(FilesBesides(), 0);
+}
+
+// The temporary name is short and fixed: an output name as long as a name
+// may be still converts, and one longer than that is called too long.
+TEST_F(Worker, LongOutputNamesConvertAndTooLongOnesSaySo) {
+    std::string audio = Pcm16(5000, 2);
+    ASSERT_TRUE(WriteBytes(clString(source.c_str()), audio));
+    target = dir.File((std::u16string(248, u'n') + u".raw16").c_str()).text;  // 254 units and bytes
+    Outcome longest = Run(Options());
+    EXPECT_EQ(longest.exitCode, 0) << std::string(longest.output.begin(), longest.output.end());
+    EXPECT_TRUE(longest.Says(u"MSGTO: qvt: OutputReady: 1\r\n"));
+    EXPECT_EQ(ReadBytes(clString(target.c_str())), audio);
+    if (!PlatformUsesWindowsPaths()) {
+        target = dir.File((std::u16string(300, u'n') + u".raw16").c_str()).text;
+        Outcome tooLong = Run(Options());
+        EXPECT_EQ(tooLong.exitCode, 1);
+        EXPECT_TRUE(tooLong.Says(u"Unable to put the output in place as '" + target +
+                                 u"': the name is too long for the file system\r\n"))
+            << std::string(tooLong.output.begin(), tooLong.output.end());
+    }
+    EXPECT_EQ(FilesBesides(), 0);
 }
