@@ -351,6 +351,9 @@ int ConvertCommand(const std::vector<std::string>& words) {
         DeleteFileEx(listFile);
         return Fail(kExitFailed, "could not start " + Utf8(program));
     }
+    // TrackConverter deletes the list once read; one ended before that
+    // (a signal at its start) leaves it here.
+    DeleteFileEx(listFile);
     // Files left out are files not converted.
     if (code == kExitOk && collected.refused > 0) code = kExitFailed;
     return code;

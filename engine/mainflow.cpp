@@ -184,7 +184,8 @@ bool RunOptionsWindow(clConversionInput& /*input*/) { return false; }
 void RunConversionWindow(clConversionInput& input) {
     clTerminalView view(clTerminalIo::Process(), static_cast<clOverwriteMode>(globalOverwriteMode));
     int code = view.Run(input, clConversionServices::Defaults());
-    if (globalConsole) globalExitCode = code;
+    // A run ended by a signal says so whoever started it.
+    if (globalConsole || code > kExitCancelled) globalExitCode = code;
 }
 
 void InstallCrashCapture(const clString& /*dumpFolder*/) {}

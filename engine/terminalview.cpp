@@ -1,5 +1,6 @@
 #include "engine/terminalview.h"
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdio>
 #include <deque>
@@ -68,7 +69,10 @@ public:
             started = true;
             std::thread([this] { Read(); }).detach();
         }
-        if (wait) changed.wait(lock, [this] { return !lines.empty() || ended; });
+        // A request to end must not wait for a line that never comes.
+        while (wait && lines.empty() && !ended && PlatformTerminationSignal() == 0) {
+            changed.wait_for(lock, std::chrono::milliseconds(50));
+        }
         if (lines.empty()) return false;
         line = lines.front();
         lines.pop_front();
@@ -110,6 +114,7 @@ clTerminalIo clTerminalIo::Process() {
     static InputLines* input = new InputLines;
     io.readLine = [](std::string& line, bool wait) { return input->Next(line, wait); };
     io.interruptCount = PlatformInterruptCount;
+    io.terminationSignal = PlatformTerminationSignal;
     io.sleep = PlatformSleep;
     return io;
 }
@@ -221,6 +226,18 @@ void clTerminalView::ReadCancelAnswer(clConversion& conversion) {
     conversion.RequestCancel();
 }
 
+bool clTerminalView::Terminated(clConversion* conversion) {
+    int signal = io.terminationSignal ? io.terminationSignal() : 0;
+    if (signal == 0) return false;
+    if (terminatedBy == 0) {
+        terminatedBy = signal;
+        cancelAsked = false;
+        cancelled = true;
+        if (conversion != nullptr) conversion->RequestCancel();
+    }
+    return true;
+}
+
 bool clTerminalView::AskOverwrite(clOverwriteItems& items) {
     // Only files on disk are a question. A job whose output is only another
     // job's output too gets a name of its own afterwards, whatever is
@@ -247,6 +264,7 @@ bool clTerminalView::AskOverwrite(clOverwriteItems& items) {
         std::string answer;
         // The end of input gives no consent: skip.
         char choice = io.readLine(answer, true) ? (answer.empty() ? ' ' : answer[0]) : 's';
+        if (Terminated(nullptr)) return false;
         switch (choice) {
             case 'o':
             case 'O': return true;
@@ -301,7 +319,9 @@ int clTerminalView::Run(clConversionInput& input, clConversionServices services)
         // file then starts at once.
         for (int waited = 0; waited < 50 && !conversion.TickDue(); waited += 5) io.sleep(5);
         uint32_t count = io.interruptCount();
-        if (count != interrupts) {
+        if (Terminated(&conversion)) {
+            interrupts = count;
+        } else if (count != interrupts) {
             interrupts = count;
             OnInterrupt(conversion);
         }
@@ -317,6 +337,7 @@ int clTerminalView::Run(clConversionInput& input, clConversionServices services)
     }
     if (!logsShown) Draw(conversion, true);
     current = nullptr;
+    if (terminatedBy != 0) return 128 + terminatedBy;
     if (cancelled) return kExitCancelled;
     for (int64_t j = 0; j < conversion.jobs.Count(); ++j) {
         if (conversion.jobs[j].hadErrors != 0) return kExitSomeFailed;

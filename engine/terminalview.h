@@ -8,7 +8,9 @@
 // "Cancel Conversion?" (a second Ctrl-C cancels without asking); the
 // overwrite question lists the conflicts and asks once or file by file.
 // Without a terminal to ask, a Ctrl-C cancels and existing files are
-// skipped, so nothing is overwritten without consent.
+// skipped, so nothing is overwritten without consent. A request to end
+// (SIGTERM, SIGHUP) cancels at once, without a question, and the run ends
+// with 128 + the signal's number.
 #pragma once
 
 #include <cstdint>
@@ -38,6 +40,8 @@ struct clTerminalIo {
     // of input.
     std::function<bool(std::string& line, bool wait)> readLine;
     std::function<uint32_t()> interruptCount;
+    // The signal of a request to end (15 or 1), 0 while none came.
+    std::function<int()> terminationSignal;
     std::function<void(uint32_t milliseconds)> sleep;
 
     // The process's own terminal: standard output and input, Ctrl-C
@@ -81,6 +85,7 @@ private:
     std::function<uint32_t()> tickCount;
     bool cancelAsked = false;  // the question is on screen
     bool cancelled = false;
+    int terminatedBy = 0;  // the signal that ended the run
     bool logsShown = false;
     bool everDrawn = false;
     uint32_t lastDraw = 0;  // tick count of the last redraw
@@ -89,6 +94,8 @@ private:
     void DrawPlain(const clConversion& conversion, bool force);
     void LeaveBlock();
     void OnInterrupt(clConversion& conversion);
+    // True when a request to end came; the run is then cancelled.
+    bool Terminated(clConversion* conversion);
     void ReadCancelAnswer(clConversion& conversion);
     void ShowLogs(const clLogEntries& errors, const clLogEntries& infos);
     void Say(const std::string& text);

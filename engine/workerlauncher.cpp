@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "foundation/bytebuffer.h"
+#include "foundation/platform/thread.h"
 #include "foundation/platform/workerprocess.h"
 
 namespace {
@@ -47,8 +48,14 @@ public:
     clThreadHandle thread = 0;
 
     ~clProcessLink() override {
+        // No worker outlives the slot that started it.
+        if (process != 0 && !PlatformWaitProcess(process, 0)) Terminate();
         PlatformCloseWorkerThread(thread);
         PlatformCloseProcess(process);
+    }
+    void Terminate() override {
+        PlatformTerminateProcess(process, 1);
+        PlatformWaitProcess(process, 5000);
     }
     clString Read(bool standardError) override { return standardError ? err.ReadAll() : out.ReadAll(); }
     bool HasEnded() override { return PlatformWaitProcess(process, 0); }

@@ -20,6 +20,9 @@ public:
     virtual void Resume() = 0;
     // Code 0 normal, 1 above normal, 2 below normal, 3 idle.
     virtual void SetPriority(int32_t code) = 0;
+    // Ends the worker at once (a paused one too) and waits for its end: for
+    // a worker past the watchdog, or one that ignores a cancel.
+    virtual void Terminate() = 0;
 };
 
 class clWorkerLauncher {

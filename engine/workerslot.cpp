@@ -214,7 +214,15 @@ void clWorkerSlot::Tick(bool pausePressed, bool cancelRequested, int32_t wantedP
     }
     if (cancelRequested && cancelEvent.handle != 0) {
         cancelEvent.Set();
+        if (!cancelSent) cancelSentAt = env.tickCount();
         cancelSent = true;
+        // A worker stuck in a plug-in call beats on but never stops.
+        if (worker != nullptr && env.tickCount() - cancelSentAt > kCancelGraceMs) {
+            worker->Terminate();
+            AddError(clString(u"Error: ConvertWorker did not stop when asked and was ended"));
+            EndJob();
+            return;
+        }
     }
     if (isDirectCopy) return;
     if (watchdogEvent.handle != 0 && watchdogEvent.IsSet()) {
@@ -223,6 +231,9 @@ void clWorkerSlot::Tick(bool pausePressed, bool cancelRequested, int32_t wantedP
     }
     if (WatchdogTripped(env.tickCount(), lastHeartbeat)) {
         AddError(clString(u"Error: Watchdog timeout, possible ConvertWorker crash"));
+        // Deliberately unlike leaving it to run on unsupervised: a hung
+        // worker would outlive its run, holding its files and a core.
+        if (worker != nullptr) worker->Terminate();
         EndJob();
     }
 }

@@ -6,8 +6,9 @@
 // The slot reaches its worker only through a clWorkerLink (pipes, end,
 // pause, priority) and two named events: cancel, which the worker
 // honours, and watchdog, which the worker sets to show it lives and the
-// slot resets. Success is the absence of error lines; the exit code is
-// never read, and a worker is never terminated from here.
+// slot resets. Success is no error line and the worker's word that its
+// output is in place; the exit code is never read. A worker is ended from
+// here only when it stops answering (the watchdog) or ignores a cancel.
 #pragma once
 
 #include <atomic>
@@ -44,6 +45,8 @@ struct clJobStart {
 };
 
 constexpr uint32_t kWatchdogLimitMs = 60000;
+// A worker asked to stop has this long to do so before it is ended.
+constexpr uint32_t kCancelGraceMs = 10000;
 // The line of a job whose worker ended without putting its output in place.
 extern const char16_t* const kEndedEarlyLine;
 
@@ -64,6 +67,7 @@ public:
     clString commandFile;
     std::atomic<bool> paused{false};  // read by the copy thread
     bool cancelSent = false;          // the running job was asked to stop
+    uint32_t cancelSentAt = 0;        // tick count of the first request
     int32_t priority = 0;
     XEvent cancelEvent, watchdogEvent;
     uint32_t lastHeartbeat = 0;

@@ -6,6 +6,7 @@
 #include "foundation/file.h"
 #include "foundation/findfiles.h"
 #include "foundation/pathtext.h"
+#include "foundation/platform/filesystem.h"
 #include "foundation/platform/thread.h"
 #include "foundation/settings.h"
 #include "foundation/syncobjects.h"
@@ -77,6 +78,10 @@ bool LoadForFile(const clString& fileName, clQvDecoder& decoder, const qv_log_re
 
 bool ReadFileFacts(clSourceFile& source, clQvDecoder& decoder) {
     const qv_log_record noLog{};
+    // A pipe or a device named like an audio file would block a decoder's
+    // first read for ever; its facts stay zero, and its job fails.
+    clFileKind kind = PlatformFileKind(source.path.text);
+    if (kind == clFileKind::Folder || kind == clFileKind::Other) return false;
     if (!LoadForFile(source.path, decoder, &noLog)) return false;
     qv_open_record open{};
     open.fileName = source.path.text;
@@ -117,7 +122,9 @@ bool ReadSourcesToLevel(const clPointerArray& sources, uint32_t wantedLevel, con
         std::atomic_ref<uint32_t> level(source.level);
         if (level.load(std::memory_order_acquire) >= wantedLevel) continue;
         if (wantedLevel == 2) ReadFileFacts(source, decoder);
-        source.fileSize = clFile::GetFileSize64(source.path);
+        if (PlatformFileKind(source.path.text) == clFileKind::Regular) {
+            source.fileSize = clFile::GetFileSize64(source.path);
+        }
         level.store(wantedLevel, std::memory_order_release);
     }
     return true;

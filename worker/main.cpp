@@ -64,7 +64,8 @@ void OnTerminate() {
     std::abort();
 }
 
-// Watches the cancel event every 50 ms and sets the watchdog event every
+// Watches the cancel event (and signals to end, and the program that
+// started this worker) every 50 ms and sets the watchdog event every
 // second, on a thread of its own, so that neither waits on a slow disk or
 // a slow plug-in call.
 class Supervision {
@@ -89,6 +90,12 @@ private:
         std::unique_lock<std::mutex> lock(mutex);
         while (!done) {
             if (quit.handle != 0 && quit.IsSet()) cancel.store(true);
+            // A signal to end, or the end of the program that started this
+            // worker, stops the conversion as a cancel does: nothing of
+            // the output stays, and no worker outlives its run.
+            if (PlatformTerminationSignal() != 0 || PlatformInterruptCount() != 0 || PlatformParentEnded()) {
+                cancel.store(true);
+            }
             auto now = std::chrono::steady_clock::now();
             if (watchdog.handle != 0 && now - lastBeat >= std::chrono::seconds(1)) {
                 watchdog.Set();
@@ -135,6 +142,8 @@ int main(int argc, char** argv) {
     crashLine = WorkerReport::Encode(u"ConvertWorker crashed while converting '" + command.inFile + u"'\r\n");
     PlatformInstallCrashMessage(crashLine.data(), static_cast<uint32_t>(crashLine.size()));
     std::set_terminate(OnTerminate);
+    PlatformCatchInterrupts();
+    PlatformParentEnded();  // notes the parent this worker starts with
     if (command.processor != 0) PlatformSetOwnProcessor(command.processor);
     if (command.priorityCode != 0) PlatformSetOwnPriority(command.priorityCode);
 

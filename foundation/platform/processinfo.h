@@ -72,8 +72,21 @@ void PlatformInstallCrashMessage(const void* message, uint32_t bytes);
 // output); null for none. Paths longer than 4,000 units are not kept.
 void PlatformSetCrashRemovesFile(const char16_t* path);
 
-// From now on an interrupt from the terminal (Ctrl-C; on POSIX also
-// SIGTERM, on Windows also Ctrl-Break and the console's close) no longer
-// ends the process but is counted, for the program to act on.
+// From now on an interrupt from the terminal (Ctrl-C; on Windows also
+// Ctrl-Break) no longer ends the process but is counted, for the program
+// to act on, and so is a request to end (POSIX: SIGTERM, SIGHUP; Windows:
+// the console's close, log-off and shut-down), which the program answers
+// by stopping at once, leaving nothing half-written. While this process
+// waits in PlatformRunProcessAttached, a request to end is passed on to
+// the program it waits for.
 void PlatformCatchInterrupts();
 uint32_t PlatformInterruptCount();
+// The request to end, as the number of its signal: 15 (SIGTERM; Windows:
+// log-off or shut-down) or 1 (SIGHUP; Windows: the console closed); 0
+// while none came. The exit code for it is 128 + that number.
+int PlatformTerminationSignal();
+
+// True once the process that started this one has ended (POSIX: this
+// process was handed to another parent; Windows: the parent's handle is
+// signalled). A worker whose program is gone stops.
+bool PlatformParentEnded();

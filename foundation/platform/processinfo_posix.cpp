@@ -24,6 +24,11 @@ extern char** environ;
 namespace {
 int savedArgc = 0;
 char** savedArgv = nullptr;
+
+volatile sig_atomic_t interrupts = 0;
+volatile sig_atomic_t terminationSignal = 0;
+// The program PlatformRunProcessAttached waits for, 0 when none.
+volatile sig_atomic_t attachedChild = 0;
 }  // namespace
 
 void PlatformSetArguments(int argc, char** argv) {
@@ -137,7 +142,13 @@ bool PlatformRunProcess(const clString& program, const clStringList& arguments, 
 
 bool PlatformRunProcessAttached(const clString& program, const clStringList& arguments, int* exitCode) {
     pid_t pid = 0;
-    return Spawn(program, arguments, nullptr, &pid, true) && WaitForChild(pid, exitCode);
+    if (!Spawn(program, arguments, nullptr, &pid, true)) return false;
+    attachedChild = pid;
+    // A request to end that came while the program was starting.
+    if (terminationSignal != 0) ::kill(pid, static_cast<int>(terminationSignal));
+    bool waited = WaitForChild(pid, exitCode);
+    attachedChild = 0;
+    return waited;
 }
 
 bool PlatformSetEnvironment(const char16_t* name, const char16_t* value) {
@@ -209,9 +220,15 @@ void PlatformSetCrashRemovesFile(const char16_t* path) {
 
 namespace {
 
-volatile sig_atomic_t interrupts = 0;
-
 void OnInterrupt(int) { interrupts = interrupts + 1; }
+
+void OnTermination(int signal) {
+    terminationSignal = signal;
+    // Passed on from here, so no moment between a check and a wait loses
+    // it; kill is safe in a signal handler.
+    pid_t child = static_cast<pid_t>(attachedChild);
+    if (child > 0) ::kill(child, signal);
+}
 
 }  // namespace
 
@@ -220,7 +237,20 @@ void PlatformCatchInterrupts() {
     action.sa_handler = OnInterrupt;
     sigemptyset(&action.sa_mask);
     ::sigaction(SIGINT, &action, nullptr);
-    ::sigaction(SIGTERM, &action, nullptr);
+    struct sigaction ending {};
+    ending.sa_handler = OnTermination;
+    sigemptyset(&ending.sa_mask);
+    ::sigaction(SIGTERM, &ending, nullptr);
+    ::sigaction(SIGHUP, &ending, nullptr);
 }
 
 uint32_t PlatformInterruptCount() { return static_cast<uint32_t>(interrupts); }
+
+int PlatformTerminationSignal() { return static_cast<int>(terminationSignal); }
+
+bool PlatformParentEnded() {
+    // The parent this process had when first asked; a new one means the
+    // old one ended.
+    static const pid_t first = ::getppid();
+    return ::getppid() != first;
+}

@@ -1,6 +1,9 @@
 #include <objbase.h>
 #include <windows.h>
 
+// After windows.h, which it needs.
+#include <tlhelp32.h>
+
 #include <csignal>
 
 #include "foundation/commandlinetext.h"
@@ -186,13 +189,46 @@ void PlatformSetCrashRemovesFile(const char16_t* path) {
 namespace {
 
 volatile LONG interrupts = 0;
+volatile LONG terminationSignal = 0;
 
 BOOL WINAPI OnConsoleEvent(DWORD kind) {
-    if (kind == CTRL_C_EVENT || kind == CTRL_BREAK_EVENT || kind == CTRL_CLOSE_EVENT) {
+    if (kind == CTRL_C_EVENT || kind == CTRL_BREAK_EVENT) {
         InterlockedIncrement(&interrupts);
         return TRUE;
     }
+    if (kind == CTRL_CLOSE_EVENT || kind == CTRL_LOGOFF_EVENT || kind == CTRL_SHUTDOWN_EVENT) {
+        InterlockedExchange(&terminationSignal, kind == CTRL_CLOSE_EVENT ? 1 : 15);
+        // The process ends when this handler returns: the program gets a
+        // few seconds to stop its workers and remove their files.
+        Sleep(4000);
+        return TRUE;
+    }
     return FALSE;
+}
+
+HANDLE OpenParent() {
+    DWORD self = GetCurrentProcessId();
+    DWORD parent = 0;
+    HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+    if (snapshot == INVALID_HANDLE_VALUE) return nullptr;
+    PROCESSENTRY32W entry{};
+    entry.dwSize = sizeof entry;
+    for (BOOL more = Process32FirstW(snapshot, &entry); more; more = Process32NextW(snapshot, &entry)) {
+        if (entry.th32ProcessID == self) parent = entry.th32ParentProcessID;
+    }
+    CloseHandle(snapshot);
+    if (parent == 0) return nullptr;
+    HANDLE handle = OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, parent);
+    if (handle == nullptr) return nullptr;
+    // A process id is reused: the parent was made before this process.
+    FILETIME parentMade{}, ownMade{}, unused{};
+    if (!GetProcessTimes(handle, &parentMade, &unused, &unused, &unused) ||
+        !GetProcessTimes(GetCurrentProcess(), &ownMade, &unused, &unused, &unused) ||
+        CompareFileTime(&parentMade, &ownMade) > 0) {
+        CloseHandle(handle);
+        return nullptr;
+    }
+    return handle;
 }
 
 }  // namespace
@@ -200,6 +236,13 @@ BOOL WINAPI OnConsoleEvent(DWORD kind) {
 void PlatformCatchInterrupts() { SetConsoleCtrlHandler(OnConsoleEvent, TRUE); }
 
 uint32_t PlatformInterruptCount() { return static_cast<uint32_t>(interrupts); }
+
+int PlatformTerminationSignal() { return static_cast<int>(terminationSignal); }
+
+bool PlatformParentEnded() {
+    static HANDLE parent = OpenParent();
+    return parent != nullptr && WaitForSingleObject(parent, 0) == WAIT_OBJECT_0;
+}
 
 bool PlatformRunProcessAttached(const clString& program, const clStringList& arguments, int* exitCode) {
     clString line = BuildCommandLineText(program, arguments);

@@ -22,6 +22,7 @@ struct FakeWorkerState {
     int32_t priority = -1;
     int ticksLeft = 0;  // for RunFakeWorkers
     bool alive = true;  // the slot still holds the link
+    bool terminated = false;
     // A worker that ends says it put its output in place, as a real one
     // does after a good conversion; false makes it die without a word.
     bool putsOutput = true;
@@ -46,6 +47,10 @@ public:
     void Suspend() override { state.suspended = true; }
     void Resume() override { state.suspended = false; }
     void SetPriority(int32_t code) override { state.priority = code; }
+    void Terminate() override {
+        state.terminated = true;
+        state.ended = true;
+    }
 
 private:
     FakeWorkerState& state;
