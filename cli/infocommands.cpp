@@ -96,6 +96,9 @@ void PrintOptionHelp(const clString& help) {
     }
 }
 
+// True when the settings store has failed; it said why on standard error.
+bool StoreFailed() { return !SettingsStoreProblem().IsEmpty(); }
+
 }  // namespace
 
 int PluginsCommand(const std::vector<std::string>& words) {
@@ -180,7 +183,11 @@ int SettingsCommand(const std::vector<std::string>& words) {
     if (verb == "get" && p.size() == 3) {
         std::u16string key = KeyPath(p[1]);
         clString name = Text(p[2]);
-        if (!SettingExists(name.text, 0, key.c_str())) return Fail(kExitFailed, "no value '" + p[2] + "' there");
+        bool exists = SettingExists(name.text, 0, key.c_str());
+        // A store that can't be read has said so; its values are unknown,
+        // not missing.
+        if (StoreFailed()) return kExitFailed;
+        if (!exists) return Fail(kExitFailed, "no value '" + p[2] + "' there");
         std::printf("%s\n", ValueText(name, key).c_str());
         return kExitOk;
     }
@@ -189,13 +196,20 @@ int SettingsCommand(const std::vector<std::string>& words) {
         clString name = Text(p[2]);
         bool stored = false;
         if (args.Has("number")) {
-            char* end = nullptr;
-            unsigned long value = std::strtoul(p[3].c_str(), &end, 10);
-            if (end == p[3].c_str() || *end != 0) return Fail(kExitUsage, "'" + p[3] + "' is not a number");
+            // A number value holds 32 bits: anything else is refused, not
+            // cut to what fits.
+            const std::string& digits = p[3];
+            bool plain =
+                !digits.empty() && digits.size() <= 10 && digits.find_first_not_of("0123456789") == std::string::npos;
+            unsigned long long value = plain ? std::strtoull(digits.c_str(), nullptr, 10) : 0;
+            if (!plain || value > 0xFFFFFFFFull) {
+                return Fail(kExitUsage, "'" + Printable(digits) + "' is not a number from 0 to 4294967295");
+            }
             stored = SetSettingNumber(static_cast<uint32_t>(value), name.text, 0, key.c_str());
         } else {
             stored = SetSettingText(Text(p[3]), name.text, 0, key.c_str());
         }
+        if (StoreFailed()) return kExitFailed;
         return stored ? kExitOk : Fail(kExitFailed, "the value could not be stored");
     }
     if (verb == "list" && p.size() <= 2) {
@@ -207,7 +221,7 @@ int SettingsCommand(const std::vector<std::string>& words) {
         for (int64_t i = 0; i < names.Count(); ++i) {
             std::printf("%s = %s\n", Utf8(names[i]).c_str(), ValueText(names[i], key).c_str());
         }
-        return kExitOk;
+        return StoreFailed() ? kExitFailed : kExitOk;
     }
     if (verb == "delete" && p.size() == 3) {
         if (!DeleteSettingValue(Text(p[2]).text, KeyPath(p[1]).c_str())) {
@@ -241,7 +255,7 @@ int ProfileCommand(const std::vector<std::string>& words) {
                 std::printf("%s\n", Utf8(names[i]).c_str());
             }
         }
-        return kExitOk;
+        return StoreFailed() ? kExitFailed : kExitOk;
     }
     if (p.size() == 2 && p[0] == "create") {
         std::string encoder = args.Last("to");

@@ -28,6 +28,19 @@ bool CanWriteBeside(const clString& outputPath) {
     return written;
 }
 
+// A component above the name limit, or a whole path at the path limit
+// (unless Windows' long-path prefix lifts it).
+bool NameTooLong(const clString& path, const clPathSyntax& syntax) {
+    constexpr int64_t kNameLimit = 255;
+    clString rest(path);
+    for (;;) {
+        clString component = PopLastComponent(rest, syntax);
+        if (component.IsEmpty()) break;
+        if (syntax.Measure(component) > kNameLimit) return true;
+    }
+    return syntax.Measure(path) >= syntax.pathLimit && !(syntax.IsWindows() && path.Find(u"\\\\?\\") == 1);
+}
+
 clDriveFacts LetterDriveFacts(const clString& drive, const clString& outputPath) {
     clDriveFacts facts;
     uint32_t drives = PlatformGetLogicalDrives();
@@ -35,7 +48,9 @@ clDriveFacts LetterDriveFacts(const clString& drive, const clString& outputPath)
         if ((drives & (1u << letter)) != 0 && UpperLetter(drive.CharAt(1)) == u'A' + letter) facts.exists = true;
     }
     facts.cdRom = PlatformGetDriveType(drive.text) == clDriveCdRom;
+    facts.readOnly = PlatformIsReadOnlyVolume(drive.text);
     PlatformGetFreeSpace(drive.text, &facts.freeBytes);
+    facts.nameTooLong = NameTooLong(outputPath, WindowsPathSyntax());
     facts.writeTest = [outputPath] { return CanWriteBeside(outputPath); };
     return facts;
 }
@@ -45,7 +60,9 @@ clDriveFacts LetterDriveFacts(const clString& drive, const clString& outputPath)
 clString DiagnoseDrive(const clString& drive, const clDriveFacts& facts) {
     if (!facts.exists) return clString::Formatted(u"Output drive %s does not exist", drive.text);
     if (facts.cdRom) return clString::Formatted(u"Output drive %s is set to a CD ROM drive", drive.text);
+    if (facts.readOnly) return clString::Formatted(u"Output drive %s is read-only", drive.text);
     if (facts.freeBytes < kFullDriveBytes) return clString::Formatted(u"Output drive %s is full", drive.text);
+    if (facts.nameTooLong) return clString(u"The output's name is too long for the file system");
     if (facts.writeTest && !facts.writeTest()) {
         return clString(
             u"Unable to write to output location, check is not read only and Quillotone has write permission");
@@ -71,6 +88,8 @@ clString DiagnoseOutput(const clString& outputPath) {
     if (!facts.exists) drive = GetFolderPart(outputPath);
     if (facts.exists) {
         facts.cdRom = PlatformGetDriveType(drive.text) == clDriveCdRom;
+        facts.readOnly = PlatformIsReadOnlyVolume(drive.text);
+        facts.nameTooLong = NameTooLong(outputPath, PosixPathSyntax());
         if (!PlatformGetFreeSpace(drive.text, &facts.freeBytes)) facts.freeBytes = kFullDriveBytes;
         facts.writeTest = [outputPath] { return CanWriteBeside(outputPath); };
     }

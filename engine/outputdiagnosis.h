@@ -1,5 +1,6 @@
 // The likely cause of a failed job, in plain words, from the state of the
-// output's drive: missing, a CD drive, full, or not writable. It runs only
+// output's drive: missing, a CD drive, read-only, full, a name too long for
+// it, or not writable. It runs only
 // after a job has failed, and prevents nothing.
 //
 // Windows looks at the drive letter of the output path and leaves network
@@ -18,7 +19,11 @@ constexpr uint64_t kFullDriveBytes = 256000;
 struct clDriveFacts {
     bool exists = false;
     bool cdRom = false;
+    bool readOnly = false;  // mounted (or reporting itself) read-only
     uint64_t freeBytes = 0;
+    // A name in the output path, or the whole path, is longer than the
+    // file system takes.
+    bool nameTooLong = false;
     // Creates and deletes a file in the output's folder; false when that
     // fails.
     std::function<bool()> writeTest;

@@ -157,3 +157,5 @@ void DeleteSettingKeyTree(const char16_t* parentPath, const char16_t* name) {
         PlatformRegCloseKey(parent);
     }
 }
+
+clString SettingsStoreProblem() { return PlatformRegProblem(); }

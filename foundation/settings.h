@@ -51,3 +51,7 @@ bool EnumSettingValues(const char16_t* keyPath, clStringList& names);
 bool DeleteSettingValue(const char16_t* name, const char16_t* keyPath);
 // Deletes `parent\name` with everything below it, in HKEY_CURRENT_USER.
 void DeleteSettingKeyTree(const char16_t* parentPath, const char16_t* name);
+// Empty while the store works; else why it can't be used. Missing values
+// and failed writes are then no answer at all: a caller that reports
+// settings checks this before it says "not there".
+clString SettingsStoreProblem();

@@ -135,6 +135,14 @@ struct Encoder : qvc::EncoderBase {
         FLAC__stream_encoder_set_sample_rate(flac, format.samplesPerSecond);
         FLAC__stream_encoder_set_compression_level(flac, static_cast<uint32_t>(level));
         FLAC__stream_encoder_set_verify(flac, verify);
+        // The streamable subset names only 8, 12, 16, 20, 24 and 32 bits and
+        // the usual rates in its frame headers. Anything else (a 7-bit
+        // WAV, an odd rate) is still FLAC, with the depth and rate kept in
+        // the stream header, which every decoder reads.
+        bool subsetDepth = bits == 8 || bits == 12 || bits == 16 || bits == 20 || bits == 24 || bits == 32;
+        if (!subsetDepth || !FLAC__format_sample_rate_is_subset(format.samplesPerSecond)) {
+            FLAC__stream_encoder_set_streamable_subset(flac, false);
+        }
         if (record.totalFrames != 0) FLAC__stream_encoder_set_total_samples_estimate(flac, record.totalFrames);
         std::string fault;
         metadata = TagBlocks(record.tags, record.tagsSize, fault);
@@ -150,9 +158,16 @@ struct Encoder : qvc::EncoderBase {
         }
         FLAC__stream_encoder_set_metadata(flac, metadata.data(), static_cast<uint32_t>(metadata.size()));
         path = qvc::FileName(record.outputPath);
-        if (FLAC__stream_encoder_init_file(flac, path.c_str(), nullptr, nullptr) !=
-            FLAC__STREAM_ENCODER_INIT_STATUS_OK) {
-            return Fail("the output file can't be created");
+        FLAC__StreamEncoderInitStatus status = FLAC__stream_encoder_init_file(flac, path.c_str(), nullptr, nullptr);
+        if (status != FLAC__STREAM_ENCODER_INIT_STATUS_OK) {
+            // Only a failed open is the file's fault; any other refusal is
+            // libFLAC's, in its own words.
+            if (status == FLAC__STREAM_ENCODER_INIT_STATUS_ENCODER_ERROR &&
+                FLAC__stream_encoder_get_state(flac) == FLAC__STREAM_ENCODER_IO_ERROR) {
+                return Fail("the output file can't be created");
+            }
+            return Fail((std::string("libFLAC refuses these settings: ") + FLAC__StreamEncoderInitStatusString[status])
+                            .c_str());
         }
         format.acceptedTypes = QV_SAMPLES_INT32;
         format.validBits = static_cast<uint16_t>(bits);

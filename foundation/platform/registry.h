@@ -7,9 +7,11 @@
 // ~/.config/quillotone; file "settings.db") with the registry's rules:
 // key paths and value names compare ignoring ASCII case; creating a key
 // creates the keys above it; every write is visible at once to every other
-// process (write-ahead log, busy timeout); nothing is cached. A damaged
-// database is never replaced: reads answer "not found", writes fail, and
-// one line on standard error names the file.
+// process (write-ahead log, busy timeout); nothing is cached. A store
+// that another program keeps locked longer than the busy timeout, or that
+// is damaged, fails every call from then on (reads answer "not found",
+// writes fail) and one line on standard error says why; a damaged file is
+// moved aside whole and never written over.
 #pragma once
 
 #include <cstdint>
@@ -46,3 +48,7 @@ long PlatformRegDeleteValue(clRegKey key, const char16_t* name);
 // Deletes a sub-key that has no sub-keys of its own, with its values.
 long PlatformRegDeleteKey(clRegKey parent, const char16_t* name);
 void PlatformRegCloseKey(clRegKey key);
+// Empty while the store works; once it fails, the line that said why (a
+// lock another program holds; damage, and where the damaged file went).
+// Windows: always empty.
+clString PlatformRegProblem();

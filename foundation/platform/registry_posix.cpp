@@ -1,10 +1,13 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <mutex>
 #include <string>
 
@@ -21,10 +24,37 @@
 // prepared once. Reads of an existing key never write. The database runs
 // in write-ahead-log mode with a busy timeout, so writers of other
 // processes wait for each other instead of failing, and readers never wait.
+//
+// Nothing waits longer than the busy timeout: a database that another
+// program holds locked fails every call after that wait, with one line
+// that says so. A damaged database (SQLite's "corrupt" or "not a
+// database") is moved aside whole, never written over: the line names where
+// it went, this process goes on with the defaults, and the next one starts
+// a fresh store.
 
 namespace {
 
-constexpr int kBusyTimeoutMs = 30000;
+constexpr int kBusyTimeoutMs = 10000;
+
+// The wait for a locked store; QUILLOTONE_SETTINGS_WAIT_MS shortens it for
+// tests.
+int BusyTimeoutMs() {
+    const char* text = std::getenv("QUILLOTONE_SETTINGS_WAIT_MS");
+    int value = text != nullptr ? std::atoi(text) : 0;
+    return value > 0 && value < kBusyTimeoutMs ? value : kBusyTimeoutMs;
+}
+
+bool IsBusy(int rc) { return (rc & 0xFF) == SQLITE_BUSY || (rc & 0xFF) == SQLITE_LOCKED; }
+bool IsDamage(int rc) { return (rc & 0xFF) == SQLITE_CORRUPT || (rc & 0xFF) == SQLITE_NOTADB; }
+
+// The end of one call's wait for a lock, by the clock: SQLite's own busy
+// handler waits up to the timeout in each of its calls, so counting calls
+// would wait that long many times over.
+struct Deadline {
+    std::chrono::steady_clock::time_point end =
+        std::chrono::steady_clock::now() + std::chrono::milliseconds(BusyTimeoutMs());
+    bool Passed() const { return std::chrono::steady_clock::now() >= end; }
+};
 
 struct Key {
     int64_t id;
@@ -40,6 +70,15 @@ public:
     std::mutex lock;
 
     bool Ready() { return db != nullptr && !broken; }
+    const std::string& Problem() const { return problem; }
+
+    // A step's result: a row, done, or a failure that puts the store out
+    // of use (a lock held too long, damage).
+    int Step(sqlite3_stmt* s) {
+        int rc = sqlite3_step(s);
+        if (rc != SQLITE_ROW && rc != SQLITE_DONE) Fail(rc);
+        return rc;
+    }
 
     // The id of the key, creating it and its parents when missing; -1 on failure.
     int64_t KeyId(uint64_t hive, const std::string& path) {
@@ -53,7 +92,7 @@ public:
             sqlite3_stmt* s = Statement(kInsertKey);
             sqlite3_bind_int64(s, 1, static_cast<sqlite3_int64>(hive));
             sqlite3_bind_text(s, 2, prefix.c_str(), static_cast<int>(prefix.size()), SQLITE_TRANSIENT);
-            int rc = sqlite3_step(s);
+            int rc = Step(s);
             sqlite3_reset(s);
             if (rc != SQLITE_DONE) {
                 Exec("ROLLBACK");
@@ -75,7 +114,7 @@ public:
         if (s == nullptr) return -1;
         sqlite3_bind_int64(s, 1, static_cast<sqlite3_int64>(hive));
         sqlite3_bind_text(s, 2, path.c_str(), static_cast<int>(path.size()), SQLITE_TRANSIENT);
-        int64_t id = sqlite3_step(s) == SQLITE_ROW ? sqlite3_column_int64(s, 0) : -1;
+        int64_t id = Step(s) == SQLITE_ROW ? sqlite3_column_int64(s, 0) : -1;
         sqlite3_reset(s);
         return id;
     }
@@ -83,13 +122,13 @@ public:
     sqlite3_stmt* Statement(int which) {
         if (!Ready()) return nullptr;
         if (statements[which] == nullptr) {
-            for (int waited = 0;; waited += 5) {
+            Deadline deadline;
+            for (;;) {
                 int rc =
                     sqlite3_prepare_v3(db, kSql[which], -1, SQLITE_PREPARE_PERSISTENT, &statements[which], nullptr);
                 if (rc == SQLITE_OK) break;
-                int primary = rc & 0xFF;
-                if ((primary != SQLITE_BUSY && primary != SQLITE_LOCKED) || waited >= kBusyTimeoutMs) {
-                    Broken();
+                if (!IsBusy(rc) || deadline.Passed()) {
+                    Fail(rc);
                     return nullptr;
                 }
                 sqlite3_sleep(5);
@@ -104,19 +143,23 @@ public:
 
     bool Exec(const char* sql) {
         if (!Ready()) return false;
-        return sqlite3_exec(db, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
+        int rc = sqlite3_exec(db, sql, nullptr, nullptr, nullptr);
+        if (rc != SQLITE_OK) Fail(rc);
+        return rc == SQLITE_OK;
     }
 
     // For the set-up statements: switching a new database to WAL mode
     // answers "locked" to every process but one without calling the busy
     // handler, so these wait here, as long as the busy timeout, before a
     // failure counts.
-    bool ExecWhenFree(const char* sql) {
-        for (int waited = 0;; waited += 5) {
+    bool ExecWhenFree(const char* sql, const Deadline& deadline) {
+        for (;;) {
             int rc = sqlite3_exec(db, sql, nullptr, nullptr, nullptr);
             if (rc == SQLITE_OK) return true;
-            int primary = rc & 0xFF;
-            if ((primary != SQLITE_BUSY && primary != SQLITE_LOCKED) || waited >= kBusyTimeoutMs) return false;
+            if (!IsBusy(rc) || deadline.Passed()) {
+                Fail(rc);
+                return false;
+            }
             sqlite3_sleep(5);
         }
     }
@@ -139,6 +182,8 @@ private:
     sqlite3* db = nullptr;
     bool broken = false;
     std::string file;
+    std::string problem;
+    bool movedAside = false;
     sqlite3_stmt* statements[kCount] = {};
 
     static constexpr const char* kSql[kCount] = {
@@ -168,30 +213,63 @@ private:
             Broken();
             return;
         }
-        sqlite3_busy_timeout(db, kBusyTimeoutMs);
+        sqlite3_busy_timeout(db, BusyTimeoutMs());
         // Synchronous NORMAL in WAL mode: a commit survives any crash of a
         // process; only a power loss may take the last commits.
-        if (!ExecWhenFree("PRAGMA journal_mode=WAL") || !ExecWhenFree("PRAGMA synchronous=NORMAL") ||
-            !ExecWhenFree("CREATE TABLE IF NOT EXISTS keys(id INTEGER PRIMARY KEY, hive INTEGER NOT NULL, "
-                          "path TEXT NOT NULL COLLATE NOCASE, UNIQUE(hive, path))") ||
-            !ExecWhenFree("CREATE TABLE IF NOT EXISTS vals(key INTEGER NOT NULL, name TEXT NOT NULL COLLATE NOCASE, "
-                          "type INTEGER NOT NULL, data BLOB, PRIMARY KEY(key, name)) WITHOUT ROWID")) {
-            Broken();
-        }
+        Deadline deadline;
+        ExecWhenFree("PRAGMA journal_mode=WAL", deadline) && ExecWhenFree("PRAGMA synchronous=NORMAL", deadline) &&
+            ExecWhenFree(
+                "CREATE TABLE IF NOT EXISTS keys(id INTEGER PRIMARY KEY, hive INTEGER NOT NULL, "
+                "path TEXT NOT NULL COLLATE NOCASE, UNIQUE(hive, path))",
+                deadline) &&
+            ExecWhenFree(
+                "CREATE TABLE IF NOT EXISTS vals(key INTEGER NOT NULL, name TEXT NOT NULL COLLATE NOCASE, "
+                "type INTEGER NOT NULL, data BLOB, PRIMARY KEY(key, name)) WITHOUT ROWID",
+                deadline);
     }
 
     ~Store() {
+        if (movedAside) return;
         for (sqlite3_stmt* s : statements) sqlite3_finalize(s);
         if (db != nullptr) sqlite3_close(db);
     }
 
-    void Broken() {
-        if (!broken) {
-            std::fprintf(stderr,
-                         "Settings store '%s' can't be used (%s); defaults apply and the file is left as it is\n",
-                         file.c_str(), db != nullptr ? sqlite3_errmsg(db) : "no memory");
-        }
+    void Broken() { Fail(db != nullptr ? sqlite3_errcode(db) : SQLITE_NOMEM); }
+
+    // Puts the store out of use for this process, with one line that says
+    // why. A damaged file is moved aside first, whole, with its log.
+    void Fail(int rc) {
+        if (broken) return;
         broken = true;
+        std::string reason = db != nullptr ? sqlite3_errmsg(db) : "no memory";
+        if (IsBusy(rc)) {
+            problem = "the settings in '" + file + "' are locked by another program (waited " +
+                      std::to_string(BusyTimeoutMs() / 1000.0).substr(0, 4) + " s); close it and try again";
+        } else if (IsDamage(rc)) {
+            problem = "the settings in '" + file + "' are damaged (" + reason + ")" + MoveAside();
+        } else {
+            problem = "the settings in '" + file + "' can't be used (" + reason + "); defaults apply";
+        }
+        std::fprintf(stderr, "Quillotone: %s\n", problem.c_str());
+    }
+
+    // Renames the damaged database (and its write-ahead log) to
+    // "settings.db.damaged-<time>"; the text that tells the user.
+    // The connection stays open, unused, until the process ends: closing it
+    // would check the log into the moved file and then delete the log by
+    // its old name, which a fresh store may own by then.
+    std::string MoveAside() {
+        char stamp[32];
+        std::time_t now = std::time(nullptr);
+        std::strftime(stamp, sizeof stamp, "%Y%m%d-%H%M%S", std::localtime(&now));
+        std::string aside = file + ".damaged-" + stamp;
+        if (::rename(file.c_str(), aside.c_str()) != 0) {
+            return "; it could not be moved aside and is left as it is, unused";
+        }
+        movedAside = true;
+        ::rename((file + "-wal").c_str(), (aside + "-wal").c_str());
+        ::unlink((file + "-shm").c_str());
+        return "; it was kept as '" + aside + "', and the settings start afresh with their defaults";
     }
 
     static std::string ConfigFolder() {
@@ -261,7 +339,7 @@ long PlatformRegQueryValue(clRegKey key, const char16_t* name, uint32_t* type, v
     sqlite3_bind_int64(s, 1, Of(key)->id);
     sqlite3_bind_text(s, 2, valueName.c_str(), static_cast<int>(valueName.size()), SQLITE_TRANSIENT);
     long rc = clRegNotFound;
-    if (sqlite3_step(s) == SQLITE_ROW) {
+    if (store.Step(s) == SQLITE_ROW) {
         if (type != nullptr) *type = static_cast<uint32_t>(sqlite3_column_int(s, 0));
         const void* blob = sqlite3_column_blob(s, 1);
         auto size = static_cast<uint32_t>(sqlite3_column_bytes(s, 1));
@@ -291,7 +369,7 @@ long PlatformRegSetValue(clRegKey key, const char16_t* name, uint32_t type, cons
     sqlite3_bind_int(s, 3, static_cast<int>(type));
     sqlite3_bind_blob(s, 4, data != nullptr ? data : "", static_cast<int>(data != nullptr ? bytes : 0),
                       SQLITE_TRANSIENT);
-    int rc = sqlite3_step(s);
+    int rc = store.Step(s);
     sqlite3_reset(s);
     return rc == SQLITE_DONE ? clRegOk : 5;
 }
@@ -309,7 +387,7 @@ long EnumRow(clRegKey key, uint32_t index, int statement, bool lastPart, clStrin
     sqlite3_bind_int64(s, 1, Of(key)->id);
     sqlite3_bind_int64(s, 2, index);
     long rc = clRegNoMoreItems;
-    if (sqlite3_step(s) == SQLITE_ROW) {
+    if (store.Step(s) == SQLITE_ROW) {
         const char* text = reinterpret_cast<const char*>(sqlite3_column_text(s, 0));
         const char* slash = lastPart ? std::strrchr(text, '\\') : nullptr;
         FromNative(slash == nullptr ? text : slash + 1, name);
@@ -338,7 +416,7 @@ long PlatformRegDeleteValue(clRegKey key, const char16_t* name) {
     std::string valueName = ValueName(name);
     sqlite3_bind_int64(s, 1, Of(key)->id);
     sqlite3_bind_text(s, 2, valueName.c_str(), static_cast<int>(valueName.size()), SQLITE_TRANSIENT);
-    int step = sqlite3_step(s);
+    int step = store.Step(s);
     sqlite3_reset(s);
     if (step != SQLITE_DONE) return 5;
     return store.Changes() > 0 ? clRegOk : clRegNotFound;
@@ -358,17 +436,25 @@ long PlatformRegDeleteKey(clRegKey parent, const char16_t* name) {
     if (count == nullptr) return 5;
     sqlite3_bind_int64(count, 1, static_cast<sqlite3_int64>(p->hive));
     sqlite3_bind_text(count, 2, path.c_str(), static_cast<int>(path.size()), SQLITE_TRANSIENT);
-    int64_t children = sqlite3_step(count) == SQLITE_ROW ? sqlite3_column_int64(count, 0) : 1;
+    int64_t children = store.Step(count) == SQLITE_ROW ? sqlite3_column_int64(count, 0) : 1;
     sqlite3_reset(count);
     if (children > 0) return 5;  // as RegDeleteKeyW: only a key without sub-keys goes
     if (!store.Exec("BEGIN IMMEDIATE")) return 5;
     for (int which : {Store::kDeleteValues, Store::kDeleteKey}) {
         sqlite3_stmt* s = store.Statement(which);
         sqlite3_bind_int64(s, 1, id);
-        sqlite3_step(s);
+        store.Step(s);
         sqlite3_reset(s);
     }
     return store.Exec("COMMIT") ? clRegOk : (store.Exec("ROLLBACK"), 5);
 }
 
 void PlatformRegCloseKey(clRegKey key) { delete Of(key); }
+
+clString PlatformRegProblem() {
+    Store& store = Store::Instance();
+    std::lock_guard<std::mutex> guard(store.lock);
+    clString text;
+    FromNative(store.Problem().c_str(), text);
+    return text;
+}

@@ -53,3 +53,5 @@ long PlatformRegDeleteKey(clRegKey parent, const char16_t* name) { return RegDel
 void PlatformRegCloseKey(clRegKey key) {
     if (key != 0) RegCloseKey(K(key));
 }
+
+clString PlatformRegProblem() { return clString(); }

@@ -158,3 +158,24 @@ TEST_F(FlacCodec, TagsMultipleValuesAndPicturesSurviveFlacToFlac) {
         0);
     EXPECT_EQ(ReadBytes(dir.File(u"back.png")), picture);
 }
+
+// Depths and rates outside the streamable subset (a 7-bit WAVE, 11 Hz)
+// still make FLAC, not "the output file can't be created": the reference
+// tool accepts the file and gives the samples back.
+TEST_F(FlacCodec, DepthsAndRatesBeyondTheSubsetEncode) {
+    struct Case {
+        uint16_t bits;
+        uint32_t rate;
+    } cases[] = {{7, 44100}, {13, 22050}, {16, 11}};
+    for (const Case& c : cases) {
+        std::string data = Samples(8000, c.bits);
+        ASSERT_TRUE(WriteBytes(dir.File(u"in.wav"), Wave(1, c.rate, c.bits, data)));
+        std::u16string log = Convert(u"in.wav", u"out.flac", u"FLAC");
+        EXPECT_EQ(log.find(u"Unable"), std::u16string::npos) << std::string(log.begin(), log.end());
+        ASSERT_EQ(Tool(u"/usr/bin/flac", {clString(u"-s"), clString(u"-f"), clString(u"-d"), clString(u"-o"),
+                                          dir.File(u"back.wav"), dir.File(u"out.flac")}),
+                  0)
+            << c.bits << " bits at " << c.rate << " Hz";
+        EXPECT_EQ(FindChunk(ReadBytes(dir.File(u"back.wav")), "data"), data) << c.bits << " bits";
+    }
+}

@@ -24,9 +24,14 @@ TEST(OutputDiagnosis, DriveFactsInOrderAndTheFullBoundary) {
     writable = false;
     EXPECT_EQ(U(DiagnoseDrive(drive, facts)),
               u"Unable to write to output location, check is not read only and Quillotone has write permission");
+    facts.nameTooLong = true;
+    EXPECT_EQ(U(DiagnoseDrive(drive, facts)), u"The output's name is too long for the file system");
     facts.freeBytes = kFullDriveBytes - 1;
     EXPECT_EQ(U(DiagnoseDrive(drive, facts)), u"Output drive E:\\ is full");
     EXPECT_EQ(writeTests, 2) << "a full drive is not written to";
+    // A read-only mount is no CD drive; it says what it is.
+    facts.readOnly = true;
+    EXPECT_EQ(U(DiagnoseDrive(drive, facts)), u"Output drive E:\\ is read-only");
     facts.cdRom = true;
     EXPECT_EQ(U(DiagnoseDrive(drive, facts)), u"Output drive E:\\ is set to a CD ROM drive");
     facts.exists = false;
@@ -53,5 +58,9 @@ TEST(OutputDiagnosis, RealOutputs) {
         // /proc is a volume of its own where nothing can be made.
         EXPECT_EQ(U(DiagnoseOutput(clString(u"/proc/qvtest/x.flac"))),
                   u"Unable to write to output location, check is not read only and Quillotone has write permission");
+        // A name the file system can't hold is called too long, not a
+        // folder that can't be written.
+        clString longName = dir.File((std::u16string(300, u'n') + u".flac").c_str());
+        EXPECT_EQ(U(DiagnoseOutput(longName)), u"The output's name is too long for the file system");
     }
 }
