@@ -3,6 +3,8 @@
 //   mutex-try NAME     exit code 1 when the mutex could be taken at once
 //   event-set NAME     opens the event and sets it
 //   setting-get KEY NAME            exit code: the DWORD value (0-255)
+//   setting-checked KEY NAME        the same, but 200 when the store can't
+//                                   be used (it says why on standard error)
 //   setting-write-many KEY N TAG    writes N distinct DWORDs TAG-0 ... TAG-(N-1)
 //   touch-after MS FILE             sleeps MS milliseconds, then creates FILE
 //   unique-counter MUTEX N FILE     N times: under the mutex, read "Unique",
@@ -40,6 +42,10 @@ int SettingsCommand(int argc, char** argv) {
     clString key = Arg(argv[2]);
     if (command == "setting-get" && argc == 4) {
         return static_cast<int>(GetSettingNumber(Arg(argv[3]).text, clHiveCurrentUser, key.text) & 0xFF);
+    }
+    if (command == "setting-checked" && argc == 4) {
+        uint32_t value = GetSettingNumber(Arg(argv[3]).text, clHiveCurrentUser, key.text);
+        return SettingsStoreProblem().IsEmpty() ? static_cast<int>(value & 0xFF) : 200;
     }
     if (command == "setting-write-many" && argc == 5) {
         int n = std::atoi(argv[3]);
