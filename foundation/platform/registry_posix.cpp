@@ -262,10 +262,14 @@ private:
         char stamp[32];
         std::time_t now = std::time(nullptr);
         std::strftime(stamp, sizeof stamp, "%Y%m%d-%H%M%S", std::localtime(&now));
+        // A link never replaces a file, so an older damaged copy of the
+        // same second stays too.
         std::string aside = file + ".damaged-" + stamp;
-        if (::rename(file.c_str(), aside.c_str()) != 0) {
-            return "; it could not be moved aside and is left as it is, unused";
+        for (int n = 2; ::link(file.c_str(), aside.c_str()) != 0; ++n) {
+            if (errno != EEXIST || n > 1000) return "; it could not be moved aside and is left as it is, unused";
+            aside = file + ".damaged-" + stamp + "-" + std::to_string(n);
         }
+        ::unlink(file.c_str());
         movedAside = true;
         ::rename((file + "-wal").c_str(), (aside + "-wal").c_str());
         ::unlink((file + "-shm").c_str());
