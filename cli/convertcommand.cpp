@@ -48,8 +48,14 @@ Options:
   --recursive         walk the folders named, and all folders below them
   --help              this text
 
-Exit status: 0 every file converted, 1 some files failed (the log names
-them), 2 a usage error, 130 cancelled (Ctrl-C).
+An output never replaces its own source; two files of one run that would
+make the same output get names of their own ("song (2).flac"). A file that
+can't be handed over (not a regular file, a line break in its name) is
+skipped with a line.
+
+Exit status: 0 every file converted, 1 some files failed or were skipped
+(the log names them), 2 a usage error, 130 cancelled (Ctrl-C), 143 ended by
+SIGTERM, 129 by SIGHUP (the run stops at once and leaves no partial file).
 
 The settings are stored as the profile "qvt" of each entry, so the settings
 of the windows stay as they are.

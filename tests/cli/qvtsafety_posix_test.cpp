@@ -4,6 +4,7 @@
 // worker outliving its run; a library's own message; a name as long as a
 // name may be; a damaged settings file. Each case failed before its fix.
 #include <signal.h>
+#include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -227,4 +228,36 @@ TEST_F(SafetyTest, DamagedSettingsAreSaidAndKept) {
     EXPECT_FALSE(Contains(get.output, "no value")) << get.output;
     EXPECT_EQ(list.code, 1) << list.output;
     EXPECT_EQ(CountFiles(settings, u"settings.db.damaged-"), 2);
+}
+
+// Settings that another program holds locked (a rollback journal with an
+// exclusive lock, as a database browser leaves them) once blocked even
+// "settings get" without end; now the wait ends and says why.
+TEST_F(SafetyTest, SettingsLockedByAnotherProgramAreSaidAfterTheWait) {
+    clString settings = dir.File(u"locked");
+    MakeFolders(settings);
+    clString previous;
+    PlatformGetEnvironment(u"QUILLOTONE_CONFIG_DIR", previous);
+    PlatformSetEnvironment(u"QUILLOTONE_CONFIG_DIR", settings.text);
+    PlatformSetEnvironment(u"QUILLOTONE_SETTINGS_WAIT_MS", u"500");
+    QvtRun set = Qvt({clString(u"settings"), clString(u"set"), clString(u"X"), clString(u"Y"), clString(u"z")});
+    sqlite3* db = nullptr;
+    std::string file = std::string(settings.ToUtf8()) + "/settings.db";
+    bool locked = sqlite3_open(file.c_str(), &db) == SQLITE_OK &&
+                  sqlite3_exec(db, "PRAGMA journal_mode=DELETE", nullptr, nullptr, nullptr) == SQLITE_OK &&
+                  sqlite3_exec(db, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr) == SQLITE_OK;
+    QvtRun get = Limited({clString(u"settings"), clString(u"get"), clString(u"X"), clString(u"Y")});
+    QvtRun list = Limited({clString(u"profile"), clString(u"list")});
+    sqlite3_close(db);
+    QvtRun again = Qvt({clString(u"settings"), clString(u"get"), clString(u"X"), clString(u"Y")});
+    PlatformSetEnvironment(u"QUILLOTONE_SETTINGS_WAIT_MS", u"");
+    PlatformSetEnvironment(u"QUILLOTONE_CONFIG_DIR", previous.text);
+    ASSERT_EQ(set.code, 0) << set.output;
+    ASSERT_TRUE(locked);
+    EXPECT_EQ(get.code, 1) << get.output;
+    EXPECT_TRUE(Contains(get.output, "are locked by another program")) << get.output;
+    EXPECT_FALSE(Contains(get.output, "no value")) << get.output;
+    EXPECT_EQ(list.code, 1) << list.output;
+    EXPECT_EQ(again.code, 0) << again.output;
+    EXPECT_TRUE(Contains(again.output, "z")) << again.output;
 }

@@ -109,16 +109,19 @@ TEST_F(FaultTest, AnEmptyNameTakesTheSourcesNameInsideTheFolder) {
 }
 
 TEST_F(FaultTest, ANumberSettingRefusesWhatThirtyTwoBitsCantHold) {
-    for (const char16_t* bad : {u"4294967296", u"+1", u"12x", u""}) {
-        QvtRun run = Qvt({clString(u"settings"), clString(u"set"), clString(u"--number"), clString(u"Test"),
-                          clString(u"N"), clString(bad)});
+    const clString key(u"QvtTestNumbers");
+    for (const char16_t* bad : {u"4294967296", u"99999999999", u"+1", u"12x"}) {
+        QvtRun run =
+            Qvt({clString(u"settings"), clString(u"set"), clString(u"--number"), key, clString(u"N"), clString(bad)});
         EXPECT_EQ(run.code, 2) << run.output;
         EXPECT_TRUE(Contains(run.output, "is not a number from 0 to 4294967295")) << run.output;
     }
-    EXPECT_EQ(Qvt({clString(u"settings"), clString(u"set"), clString(u"--number"), clString(u"Test"), clString(u"N"),
+    EXPECT_EQ(Qvt({clString(u"settings"), clString(u"get"), key, clString(u"N")}).code, 1) << "nothing was stored";
+    EXPECT_EQ(Qvt({clString(u"settings"), clString(u"set"), clString(u"--number"), key, clString(u"N"),
                    clString(u"4294967295")})
                   .code,
               0);
-    QvtRun get = Qvt({clString(u"settings"), clString(u"get"), clString(u"Test"), clString(u"N")});
+    QvtRun get = Qvt({clString(u"settings"), clString(u"get"), key, clString(u"N")});
     EXPECT_TRUE(Contains(get.output, "4294967295")) << get.output;
+    Qvt({clString(u"settings"), clString(u"delete"), key});
 }
