@@ -51,6 +51,23 @@ clString Bytes(const std::string& bytes) {
 
 }  // namespace
 
+// Settings of their own in `folder` for the programs a test starts, until
+// the object goes.
+class OwnSettings {
+public:
+    explicit OwnSettings(const clString& folder) {
+        MakeFolders(folder);
+        PlatformGetEnvironment(u"QUILLOTONE_CONFIG_DIR", previous);
+        PlatformSetEnvironment(u"QUILLOTONE_CONFIG_DIR", folder.text);
+    }
+    ~OwnSettings() { PlatformSetEnvironment(u"QUILLOTONE_CONFIG_DIR", previous.text); }
+    OwnSettings(const OwnSettings&) = delete;
+    OwnSettings& operator=(const OwnSettings&) = delete;
+
+private:
+    clString previous;
+};
+
 class SafetyTest : public FaultTest {
 protected:
     // qvt with a time limit: a run that hangs ends as 124.
@@ -213,16 +230,15 @@ TEST_F(SafetyTest, ANameAsLongAsANameMayBeConverts) {
 // with exit 0; now the run says it is damaged, fails, and keeps the file.
 TEST_F(SafetyTest, DamagedSettingsAreSaidAndKept) {
     clString settings = dir.File(u"settings");
-    MakeFolders(settings);
-    clString previous;
-    PlatformGetEnvironment(u"QUILLOTONE_CONFIG_DIR", previous);
-    PlatformSetEnvironment(u"QUILLOTONE_CONFIG_DIR", settings.text);
-    clString file = JoinPath(settings, clString(u"settings.db"));
-    WriteBytes(file, std::string(4096, 'x'));
-    QvtRun get = Qvt({clString(u"settings"), clString(u"get"), clString(u"X"), clString(u"Y")});
-    WriteBytes(file, std::string(4096, 'x'));
-    QvtRun list = Qvt({clString(u"profile"), clString(u"list")});
-    PlatformSetEnvironment(u"QUILLOTONE_CONFIG_DIR", previous.text);
+    QvtRun get, list;
+    {
+        OwnSettings own(settings);
+        clString file = JoinPath(settings, clString(u"settings.db"));
+        WriteBytes(file, std::string(4096, 'x'));
+        get = Qvt({clString(u"settings"), clString(u"get"), clString(u"X"), clString(u"Y")});
+        WriteBytes(file, std::string(4096, 'x'));
+        list = Qvt({clString(u"profile"), clString(u"list")});
+    }
     EXPECT_EQ(get.code, 1) << get.output;
     EXPECT_TRUE(Contains(get.output, "are damaged")) << get.output;
     EXPECT_FALSE(Contains(get.output, "no value")) << get.output;
@@ -235,10 +251,7 @@ TEST_F(SafetyTest, DamagedSettingsAreSaidAndKept) {
 // "settings get" without end; now the wait ends and says why.
 TEST_F(SafetyTest, SettingsLockedByAnotherProgramAreSaidAfterTheWait) {
     clString settings = dir.File(u"locked");
-    MakeFolders(settings);
-    clString previous;
-    PlatformGetEnvironment(u"QUILLOTONE_CONFIG_DIR", previous);
-    PlatformSetEnvironment(u"QUILLOTONE_CONFIG_DIR", settings.text);
+    OwnSettings own(settings);
     PlatformSetEnvironment(u"QUILLOTONE_SETTINGS_WAIT_MS", u"500");
     QvtRun set = Qvt({clString(u"settings"), clString(u"set"), clString(u"X"), clString(u"Y"), clString(u"z")});
     sqlite3* db = nullptr;
@@ -251,7 +264,6 @@ TEST_F(SafetyTest, SettingsLockedByAnotherProgramAreSaidAfterTheWait) {
     sqlite3_close(db);
     QvtRun again = Qvt({clString(u"settings"), clString(u"get"), clString(u"X"), clString(u"Y")});
     PlatformSetEnvironment(u"QUILLOTONE_SETTINGS_WAIT_MS", u"");
-    PlatformSetEnvironment(u"QUILLOTONE_CONFIG_DIR", previous.text);
     ASSERT_EQ(set.code, 0) << set.output;
     ASSERT_TRUE(locked);
     EXPECT_EQ(get.code, 1) << get.output;
