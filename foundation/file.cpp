@@ -175,6 +175,11 @@ uint64_t clFile::GetFileSize64(const clString& path, bool* failed) {
 }
 
 bool WriteWideLines(const clString& path, const clStringList& lines, bool append) {
+    // A line break inside a name would make two names of it, and the
+    // reader would take the second for another file.
+    for (int64_t i = 0; i < lines.Count(); ++i) {
+        if (lines[i].FindChar(u'\r') != 0 || lines[i].FindChar(u'\n') != 0) return false;
+    }
     clFile file;
     file.fileName = path;
     file.Open(clAccessWrite, append ? clOpenAlways : clCreateAlways, false, true);

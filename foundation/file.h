@@ -48,5 +48,5 @@ private:
 // Writes each line as UTF-16LE followed by CR LF, without a byte-order
 // mark: the form of list files. `append` adds to the end of what is there;
 // otherwise the file is replaced. False when it could not be opened or
-// written.
+// written, and, with nothing written, when a line holds CR or LF.
 bool WriteWideLines(const clString& path, const clStringList& lines, bool append);

@@ -9,6 +9,7 @@
 #include "foundation/pathsyntax.h"
 #include "foundation/pathtext.h"
 #include "foundation/platform/filesystem.h"
+#include "foundation/stringlist.h"
 #include "tests/support/testfolder.h"
 
 namespace {
@@ -189,4 +190,22 @@ TEST(FileSystem, SameFileAndKindOfFile) {
     EXPECT_EQ(PlatformFileKind(file.text), clFileKind::Regular);
     EXPECT_EQ(PlatformFileKind(sub.text), clFileKind::Folder);
     EXPECT_EQ(PlatformFileKind(dir.File(u"missing.wav").text), clFileKind::Missing);
+}
+
+// A list file holds one name a line: a name with a line break in it would
+// arrive as two other names, so nothing of such a list is written.
+TEST(File, ListFilesRefuseANameWithALineBreak) {
+    TestFolder dir;
+    clString list = dir.File(u"list.txt");
+    clStringList lines;
+    lines.Add(clString(u"/music/a.wav"));
+    ASSERT_TRUE(WriteWideLines(list, lines, false));
+    EXPECT_EQ(ReadBytes(list), Utf16Le(u"/music/a.wav\r\n"));
+    for (const char16_t* bad : {u"/music/x\n/music/victim.wav", u"/music/x\r.wav"}) {
+        clStringList more;
+        more.Add(clString(u"/music/b.wav"));
+        more.Add(clString(bad));
+        EXPECT_FALSE(WriteWideLines(list, more, true));
+        EXPECT_EQ(ReadBytes(list), Utf16Le(u"/music/a.wav\r\n"));
+    }
 }
