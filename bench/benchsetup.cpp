@@ -2,6 +2,7 @@
 
 #include "foundation/folders.h"
 #include "foundation/platform/processinfo.h"
+#include "foundation/settingnames.h"
 #include "foundation/settings.h"
 
 void UsePrivateSettingsStore() {
@@ -11,5 +12,5 @@ void UsePrivateSettingsStore() {
     clString folder = GetTempFolder();
     folder.Append(clString::Formatted(u"qvbench-config-%s", GetProcessGuidText().text));
     PlatformSetEnvironment(u"QUILLOTONE_CONFIG_DIR", folder.text);
-    SetSettingsRoot(clHiveCurrentUser, u"Software\\Harrowmere\\Quillotone");
+    SetSettingsRoot(kSettingsHive, kSettingsRoot);
 }

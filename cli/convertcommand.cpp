@@ -10,6 +10,7 @@
 #include "foundation/folders.h"
 #include "foundation/pathtext.h"
 #include "foundation/platform/processinfo.h"
+#include "foundation/settingnames.h"
 #include "foundation/settings.h"
 #include "foundation/stringlist.h"
 #include "plugins/codechandler.h"
@@ -61,10 +62,8 @@ The settings are stored as the profile "qvt" of each entry, so the settings
 of the windows stay as they are.
 )help";
 
-const char16_t* const kSettingsRoot = u"Software\\Harrowmere\\Quillotone";
-
 std::u16string QvtEntryKey(const std::u16string& entry) {
-    return std::u16string(kSettingsRoot) + u"\\qvtCodec\\" + entry + u"\\qvt";
+    return std::u16string(kSettingsRoot) + u"\\" + kEntriesKeyName + u"\\" + entry + u"\\qvt";
 }
 
 std::vector<std::string> DecoderExtensions() {
@@ -246,7 +245,7 @@ int ConvertCommand(const std::vector<std::string>& words) {
         }
     }
     if (targets.empty()) {
-        std::string last = Utf8(GetSettingText(u"qvtLastCodecqvt"));
+        std::string last = Utf8(GetSettingText((std::u16string(kLastEntryPrefix) + u"qvt").c_str()));
         targets.push_back({last.empty() ? "FLAC" : last, ""});
     }
     for (const Target& t : targets) {
@@ -322,13 +321,14 @@ int ConvertCommand(const std::vector<std::string>& words) {
             entryEffects.Add(clString(u"Multi-CPU Force"), Text(force));
         }
     }
-    SetSettingsRoot(0x80000001u, kSettingsRoot);
+    SetSettingsRoot(kSettingsHive, kSettingsRoot);
     std::u16string key = QvtEntryKey(Text(entry).text);
-    bool stored = SetText(key, u"qvt_CLI", encoderOptions) && SetText(key, u"QVTUserFolderStr", folder) &&
-                  SetText(key, u"QVTDynamicNaming", naming) &&
-                  SetSettingNumber(static_cast<uint32_t>(mode), u"QVTUserFolder", 0, key.c_str()) &&
-                  SetSettingText(BuildStoredEffectText(entryEffects), u"QVTDSPEffects", 0, key.c_str()) &&
-                  SetText(std::u16string(kSettingsRoot), u"qvtLastCodecqvt", targets.size() == 1 ? entry : "");
+    std::u16string lastEntry = std::u16string(kLastEntryPrefix) + u"qvt";
+    bool stored = SetText(key, kEntryOptionsSetting.name, encoderOptions) &&
+                  SetText(key, kEntryFolderSetting.name, folder) && SetText(key, kEntryNamingSetting.name, naming) &&
+                  SetSettingNumber(static_cast<uint32_t>(mode), kEntryOutputModeSetting.name, 0, key.c_str()) &&
+                  SetSettingText(BuildStoredEffectText(entryEffects), kEntryEffectsSetting.name, 0, key.c_str()) &&
+                  SetText(std::u16string(kSettingsRoot), lastEntry.c_str(), targets.size() == 1 ? entry : "");
     if (!stored) return Fail(kExitFailed, "the settings could not be stored");
 
     clString listFile;

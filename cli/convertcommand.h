@@ -12,9 +12,7 @@ extern const char* const kConvertHelp;
 
 int ConvertCommand(const std::vector<std::string>& words);
 
-// The settings root and the key of an entry's settings under the profile
-// "qvt".
-extern const char16_t* const kSettingsRoot;
+// The key of an entry's settings under the profile "qvt".
 std::u16string QvtEntryKey(const std::u16string& entry);
 
 // The accepted extensions of the installed decoders, lower case, dot

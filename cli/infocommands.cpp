@@ -8,6 +8,7 @@
 #include "foundation/findfiles.h"
 #include "foundation/pathtext.h"
 #include "foundation/pointerarray.h"
+#include "foundation/settingnames.h"
 #include "foundation/settings.h"
 #include "foundation/stringlist.h"
 #include "naming/outputpath.h"
@@ -179,7 +180,7 @@ int SettingsCommand(const std::vector<std::string>& words) {
     if (!ParseArguments(words, {{"number", false}}, args, error)) return Fail(kExitUsage, error);
     const std::vector<std::string>& p = args.positional;
     const std::string& verb = p[0];
-    SetSettingsRoot(0x80000001u, kSettingsRoot);
+    SetSettingsRoot(kSettingsHive, kSettingsRoot);
     if (verb == "get" && p.size() == 3) {
         std::u16string key = KeyPath(p[1]);
         clString name = Text(p[2]);
@@ -244,8 +245,8 @@ int ProfileCommand(const std::vector<std::string>& words) {
     std::string error;
     if (!ParseArguments(words, {{"to", true}, {"options", true}}, args, error)) return Fail(kExitUsage, error);
     const std::vector<std::string>& p = args.positional;
-    SetSettingsRoot(0x80000001u, kSettingsRoot);
-    std::u16string codecs = std::u16string(kSettingsRoot) + u"\\qvtCodec";
+    SetSettingsRoot(kSettingsHive, kSettingsRoot);
+    std::u16string codecs = std::u16string(kSettingsRoot) + u"\\" + kEntriesKeyName;
     if (p.size() == 1 && p[0] == "list") {
         clStringList names;
         EnumSettingKeys(codecs.c_str(), names);
@@ -268,7 +269,7 @@ int ProfileCommand(const std::vector<std::string>& words) {
         }
         std::string entry = p[1] + " \"" + encoder + "\"";
         std::u16string key = codecs + u"\\" + Text(entry).text;
-        if (!SetSettingText(Text(args.Last("options")), u"qvt_CLI", 0, key.c_str())) {
+        if (!SetSettingText(Text(args.Last("options")), kEntryOptionsSetting.name, 0, key.c_str())) {
             return Fail(kExitFailed, "the profile could not be stored");
         }
         std::printf("%s\n", entry.c_str());

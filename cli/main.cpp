@@ -9,6 +9,7 @@
 #include "cli/infocommands.h"
 #include "cli/qvtargs.h"
 #include "foundation/platform/processinfo.h"
+#include "foundation/settingnames.h"
 #include "foundation/settings.h"
 
 namespace {
@@ -29,7 +30,7 @@ Commands:
 
 int main(int argc, char** argv) {
     PlatformSetArguments(argc, argv);
-    SetSettingsRoot(0x80000001u, qvt::kSettingsRoot);
+    SetSettingsRoot(kSettingsHive, kSettingsRoot);
     if (argc < 2 || std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0 ||
         std::strcmp(argv[1], "help") == 0) {
         std::fputs(kHelp, argc < 2 ? stderr : stdout);

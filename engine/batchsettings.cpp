@@ -2,6 +2,7 @@
 
 #include "engine/conditionalrules.h"
 #include "engine/globals.h"
+#include "foundation/settingnames.h"
 #include "foundation/settings.h"
 #include "foundation/specialfolder.h"
 #include "naming/expandnaming.h"
@@ -23,7 +24,7 @@ bool RulesNeedFacts(const clString& effectString) {
 }  // namespace
 
 clString EntrySettingsKey(const clString& selected, const clString& profile) {
-    clString key = clString::Formatted(u"%s\\qvtCodec\\%s", settingsRootKey.text, selected.text);
+    clString key = clString::Formatted(u"%s\\%s\\%s", settingsRootKey.text, kEntriesKeyName, selected.text);
     if (!profile.IsEmpty()) {
         key.Append(u"\\");
         key.Append(profile);
@@ -32,11 +33,11 @@ clString EntrySettingsKey(const clString& selected, const clString& profile) {
 }
 
 void ReadOutputTarget(const clString& settingsKey, clString& folder, clString& namingRule) {
-    uint32_t mode = GetSettingNumber(u"QVTUserFolder", settingsRootHive, settingsKey.text);
+    uint32_t mode = GetSettingNumber(kEntryOutputModeSetting.name, settingsRootHive, settingsKey.text);
     folder.Clear();
     namingRule.Clear();
-    if (mode != 0) folder = GetSettingText(u"QVTUserFolderStr", settingsRootHive, settingsKey.text);
-    if (mode == 2) namingRule = GetSettingText(u"QVTDynamicNaming", settingsRootHive, settingsKey.text);
+    if (mode != 0) folder = GetSettingText(kEntryFolderSetting.name, settingsRootHive, settingsKey.text);
+    if (mode == 2) namingRule = GetSettingText(kEntryNamingSetting.name, settingsRootHive, settingsKey.text);
     if (folder.IsEmpty()) folder = GetSpecialFolder(kMusicFolder);
     if (mode < 2) namingRule.Clear();
     if (mode == 0) folder.Clear();
@@ -48,10 +49,10 @@ void ReadConversionSettings(const clString& selected, const clString& profile, c
     settings.settingsKey = EntrySettingsKey(selected, profile);
     const char16_t* key = settings.settingsKey.text;
     settings.encoderName = EncoderOfProfile(selected);
-    settings.encoderOptions = GetSettingText(u"qvt_CLI", settingsRootHive, key);
+    settings.encoderOptions = GetSettingText(kEntryOptionsSetting.name, settingsRootHive, key);
     ReadOutputTarget(settings.settingsKey, settings.outputFolder, settings.namingRule);
     settings.outputExtension = EncoderExtension(settings.encoderName);
-    settings.dspEffects = GetSettingText(u"QVTDSPEffects", settingsRootHive, key);
+    settings.dspEffects = GetSettingText(kEntryEffectsSetting.name, settingsRootHive, key);
 }
 
 bool NeedsStreamFacts(const clString& namingRule, const clString& dspEffects, const clMultiEncoderItems& items) {

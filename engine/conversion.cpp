@@ -13,6 +13,7 @@
 #include "foundation/platform/power.h"
 #include "foundation/platform/processinfo.h"
 #include "foundation/platform/thread.h"
+#include "foundation/settingnames.h"
 #include "foundation/settings.h"
 #include "plugins/codechandler.h"
 #include "plugins/decodercache.h"
@@ -125,9 +126,9 @@ void clConversion::Open() {
     fileNumber = 1;
     nextJob = examinedCount = 0;
     ReadConversionSettings(globalEncoder, globalProfile, settings);
-    priorityCode = static_cast<int32_t>(GetSettingNumber(u"qvtPriority"));
+    priorityCode = static_cast<int32_t>(GetSettingNumber(kPrioritySetting.name));
     if (priorityCode < 0 || priorityCode > 3) priorityCode = 0;
-    skipFinish = static_cast<int32_t>(GetSettingNumber(u"qvtSkipedFinish"));
+    skipFinish = static_cast<int32_t>(GetSettingNumber(kSkipFinishSetting.name));
     windowTitle = ProgramTitle();
     fileCount = 0;
     for (int64_t i = 0; i < input.sources.count; ++i) {
@@ -442,8 +443,8 @@ void clConversion::CloseWindow() {
         PlatformKeepAwake(false);
         if (services.performAfterAction) services.performAfterAction(afterAction);
     }
-    if (GetSettingNumber(u"qvt-DisplayInfo") == 0) infos.Clear();
-    if (GetSettingNumber(u"qvt-NoDisplayError") != 0) errors.Clear();
+    if (GetSettingNumber(kDisplayInfoSetting.name) == 0) infos.Clear();
+    if (GetSettingNumber(kNoDisplayErrorSetting.name) != 0) errors.Clear();
     if ((errors.Count() > 0 || infos.Count() > 0) && services.showLogs) services.showLogs(errors, infos);
     closed = true;
 }
@@ -487,10 +488,10 @@ void clConversion::SetTargetSlots(int32_t count) {
 void clConversion::SetPriority(int32_t code) {
     if (code < 0 || code > 3) return;
     priorityCode = code;
-    SetSettingNumber(static_cast<uint32_t>(code), u"qvtPriority");
+    SetSettingNumber(static_cast<uint32_t>(code), kPrioritySetting.name);
 }
 
 void clConversion::SetSkipFinish(bool skip) {
     skipFinish = skip ? 1 : 0;
-    SetSettingNumber(static_cast<uint32_t>(skipFinish), u"qvtSkipedFinish");
+    SetSettingNumber(static_cast<uint32_t>(skipFinish), kSkipFinishSetting.name);
 }

@@ -7,8 +7,6 @@
 #include "foundation/bytebuffer.h"
 #include "foundation/clstring.h"
 
-constexpr uint64_t clHkeyCurrentUser = 0x80000001u;
-
 extern uint64_t settingsRootHive;  // always HKEY_CURRENT_USER
 extern clString settingsRootKey;   // "Software\Harrowmere\Quillotone"
 extern clString globalEncoder;     // the entry to convert with

@@ -1,5 +1,7 @@
 #include "engine/mainflow.h"
 
+#include <utility>
+
 #include "engine/conversion.h"
 #include "engine/conversioninput.h"
 #include "engine/globals.h"
@@ -12,6 +14,7 @@
 #include "foundation/pathtext.h"
 #include "foundation/platform/processinfo.h"
 #include "foundation/platform/thread.h"
+#include "foundation/settingnames.h"
 #include "foundation/settings.h"
 #include "foundation/specialfolder.h"
 #include "foundation/stringlist.h"
@@ -105,7 +108,7 @@ void RunMainFlow(const clString& commandLine, clConversionInput& input, const cl
     input.extensions.Add(kConcatExtension);
     if (!HandleCommandLine(commandLine, input, stages)) return;
     if (globalEncoder.IsEmpty()) {
-        globalEncoder = stages.readLastEncoder(clString::Formatted(u"qvtLastCodec%s", globalProfile.text));
+        globalEncoder = stages.readLastEncoder(clString(kLastEntryPrefix, globalProfile.text));
     }
     if (input.sources.count == 0) {
         stages.runOpenFileDialog(input);
@@ -136,13 +139,12 @@ clMainFlowStages clMainFlowStages::Defaults() {
 clString ReadLastEncoderSetting(const clString& settingName) { return GetSettingText(settingName.text); }
 
 void SeedFirstStartSettings() {
-    const char16_t* tagging = u"Software\\Harrowmere\\Quillotone\\Tagging";
-    if (SettingExists(u"Mp3TagDefault", clHiveCurrentUser, tagging)) return;
-    SetSettingNumber(1, u"AlbumArtFolderJPG", clHiveCurrentUser,
-                     u"Software\\Harrowmere\\Quillotone\\DiscRipper\\Profiles\\(default)");
-    SetSettingNumber(3, u"Mp3TagDefault", clHiveCurrentUser, tagging);
-    SetSettingNumber(1, u"Mp3ID3v2UnicodeEncode", clHiveCurrentUser, tagging);
-    SetSettingNumber(1, u"qvtProfFreqConversion", clHiveCurrentUser, u"Software\\Harrowmere\\Quillotone");
+    if (SettingExists(kMp3TagSetting.name, kSettingsHive, kTaggingKey)) return;
+    for (const auto& [setting, key] :
+         {std::pair{kAlbumArtFolderSetting, kDiscRipperDefaultsKey}, std::pair{kMp3TagSetting, kTaggingKey},
+          std::pair{kMp3UnicodeTagsSetting, kTaggingKey}, std::pair{kFrequencyConversionSetting, kSettingsRoot}}) {
+        SetSettingNumber(setting.defaultValue, setting.name, kSettingsHive, key);
+    }
 }
 
 // The caller created the event and waits on it, so it outlives our handle.
@@ -158,7 +160,7 @@ int TrackConverterMain() {
     dumpFolder.Append(u"qvt");
     InstallCrashCapture(dumpFolder);
     PlatformInitializeComponents();
-    SetSettingsRoot(clHiveCurrentUser, u"Software\\Harrowmere\\Quillotone");
+    SetSettingsRoot(kSettingsHive, kSettingsRoot);
     SeedFirstStartSettings();
     {
         clConversionInput input;

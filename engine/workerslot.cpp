@@ -8,6 +8,7 @@
 #include "foundation/folders.h"
 #include "foundation/optionvalue.h"
 #include "foundation/pathtext.h"
+#include "foundation/settingnames.h"
 #include "foundation/settings.h"
 #include "plugins/effectstring.h"
 
@@ -128,7 +129,7 @@ void clWorkerSlot::StartJob(const clJobStart& job) {
 
     MakeEvent(cancelEvent, u"qvevt-cancel-");
     MakeEvent(watchdogEvent, u"qvevt-watch-");
-    WriteCommandFile(WorkerOptions(job.batchId, GetSettingText(u"QvTempFileLocation")));
+    WriteCommandFile(WorkerOptions(job.batchId, GetSettingText(kTempFileLocationSetting.name)));
 
     clString commandLine(env.workerProgram);
     QuoteText(commandLine);

@@ -8,139 +8,101 @@
 
 namespace {
 
-// The items, in the order of expansion. The first six number items stand
-// for `track` and `disc`; every other key names the tag it stands for.
-const char16_t* const kItems[] = {u"[artist]",
-                                  u"[album]",
-                                  u"[album artist]",
-                                  u"[composer]",
-                                  u"[conductor]",
-                                  u"[title]",
-                                  u"[genre]",
-                                  u"[year]",
-                                  u"[track]",
-                                  u"[track_unpad]",
-                                  u"[track_total]",
-                                  u"[track_total_unpad]",
-                                  u"[disc]",
-                                  u"[disc_total]",
-                                  u"[band]",
-                                  u"[rating]",
-                                  u"[tempo]",
-                                  u"[label]",
-                                  u"[isrc]",
-                                  u"[upc]",
-                                  u"[compilation]",
-                                  u"[mood]",
-                                  u"[style]",
-                                  u"[copyright]",
-                                  u"[subtitle]",
-                                  u"[orchestra]",
-                                  u"[soloists]",
-                                  u"[instrument]",
-                                  u"[period]",
-                                  u"[chorus]",
-                                  u"[catalog #]",
-                                  u"[work]",
-                                  u"[movement name]",
-                                  u"[movement count]",
-                                  u"[movement number]",
-                                  u"[title sort]",
-                                  u"[artist sort]",
-                                  u"[album artist sort]",
-                                  u"[album sort]",
-                                  u"[soloistssort]",
-                                  u"[composersort]",
-                                  u"[conductorsort]",
-                                  u"[unique]",
-                                  u"[discunique]",
-                                  u"[length]",
-                                  u"[length_seconds]",
-                                  u"[length_mmss]",
-                                  u"[length_hhmmss]",
-                                  u"[encoder]",
-                                  u"[encoder+]",
-                                  u"[extension]",
-                                  u"[cddb_id]",
-                                  u"[origdrive]",
-                                  u"[origpath]",
-                                  u"[subpath]",
-                                  u"[origfilename]",
-                                  u"[protected]",
-                                  u"[id_tag]",
-                                  u"[audio_quality]",
-                                  u"[gapless]",
-                                  u"[date]",
-                                  u"[time]",
-                                  u"[day_of_week]",
-                                  u"[now_year]",
-                                  u"[frequency]",
-                                  u"[channels]",
-                                  u"[channels_subone]",
-                                  u"[bits_per_sample]",
-                                  u"[bytes_per_sample]",
-                                  u"[bitrate]",
-                                  u"[k_bitrate]"};
+// What an item stands for: a tag by the item's own name, or one of the
+// number parts of `track` and `disc`.
+enum class clItemKind { Tag, Track, TrackUnpadded, TrackTotal, TrackTotalUnpadded, Disc, DiscTotal };
+
+struct clNamingItem {
+    const char16_t* key;
+    clItemKind kind;
+    // Its presence makes a batch read its sources' tags and facts
+    // (NamingNeedsTags).
+    bool needsTags;
+};
+
+// The items, in the order of expansion.
+constexpr clNamingItem kItems[] = {
+    {u"[artist]", clItemKind::Tag, true},
+    {u"[album]", clItemKind::Tag, true},
+    {u"[album artist]", clItemKind::Tag, true},
+    {u"[composer]", clItemKind::Tag, true},
+    {u"[conductor]", clItemKind::Tag, true},
+    {u"[title]", clItemKind::Tag, true},
+    {u"[genre]", clItemKind::Tag, true},
+    {u"[year]", clItemKind::Tag, true},
+    {u"[track]", clItemKind::Track, true},
+    {u"[track_unpad]", clItemKind::TrackUnpadded, true},
+    {u"[track_total]", clItemKind::TrackTotal, true},
+    {u"[track_total_unpad]", clItemKind::TrackTotalUnpadded, true},
+    {u"[disc]", clItemKind::Disc, true},
+    {u"[disc_total]", clItemKind::DiscTotal, true},
+    {u"[band]", clItemKind::Tag, true},
+    {u"[rating]", clItemKind::Tag, true},
+    {u"[tempo]", clItemKind::Tag, true},
+    {u"[label]", clItemKind::Tag, true},
+    {u"[isrc]", clItemKind::Tag, true},
+    {u"[upc]", clItemKind::Tag, true},
+    {u"[compilation]", clItemKind::Tag, true},
+    {u"[mood]", clItemKind::Tag, true},
+    {u"[style]", clItemKind::Tag, true},
+    {u"[copyright]", clItemKind::Tag, true},
+    {u"[subtitle]", clItemKind::Tag, true},
+    {u"[orchestra]", clItemKind::Tag, true},
+    {u"[soloists]", clItemKind::Tag, true},
+    {u"[instrument]", clItemKind::Tag, true},
+    {u"[period]", clItemKind::Tag, true},
+    {u"[chorus]", clItemKind::Tag, true},
+    {u"[catalog #]", clItemKind::Tag, true},
+    {u"[work]", clItemKind::Tag, true},
+    {u"[movement name]", clItemKind::Tag, true},
+    {u"[movement count]", clItemKind::Tag, true},
+    {u"[movement number]", clItemKind::Tag, true},
+    {u"[title sort]", clItemKind::Tag, false},
+    {u"[artist sort]", clItemKind::Tag, false},
+    {u"[album artist sort]", clItemKind::Tag, false},
+    {u"[album sort]", clItemKind::Tag, false},
+    {u"[soloistssort]", clItemKind::Tag, false},
+    {u"[composersort]", clItemKind::Tag, false},
+    {u"[conductorsort]", clItemKind::Tag, false},
+    {u"[unique]", clItemKind::Tag, false},
+    {u"[discunique]", clItemKind::Tag, false},
+    {u"[length]", clItemKind::Tag, true},
+    {u"[length_seconds]", clItemKind::Tag, false},
+    {u"[length_mmss]", clItemKind::Tag, true},
+    {u"[length_hhmmss]", clItemKind::Tag, true},
+    {u"[encoder]", clItemKind::Tag, false},
+    {u"[encoder+]", clItemKind::Tag, false},
+    {u"[extension]", clItemKind::Tag, false},
+    {u"[cddb_id]", clItemKind::Tag, false},
+    {u"[origdrive]", clItemKind::Tag, false},
+    {u"[origpath]", clItemKind::Tag, false},
+    {u"[subpath]", clItemKind::Tag, false},
+    {u"[origfilename]", clItemKind::Tag, false},
+    {u"[protected]", clItemKind::Tag, false},
+    {u"[id_tag]", clItemKind::Tag, true},
+    {u"[audio_quality]", clItemKind::Tag, true},
+    {u"[gapless]", clItemKind::Tag, true},
+    {u"[date]", clItemKind::Tag, false},
+    {u"[time]", clItemKind::Tag, false},
+    {u"[day_of_week]", clItemKind::Tag, false},
+    {u"[now_year]", clItemKind::Tag, false},
+    {u"[frequency]", clItemKind::Tag, true},
+    {u"[channels]", clItemKind::Tag, true},
+    {u"[channels_subone]", clItemKind::Tag, true},
+    {u"[bits_per_sample]", clItemKind::Tag, true},
+    {u"[bytes_per_sample]", clItemKind::Tag, true},
+    {u"[bitrate]", clItemKind::Tag, true},
+    {u"[k_bitrate]", clItemKind::Tag, true},
+};
 constexpr int kItemCount = sizeof kItems / sizeof kItems[0];
 static_assert(kItemCount == 71, "the language has 71 items");
 
-const char16_t* const kNeedsTags[] = {u"[artist]",
-                                      u"[album]",
-                                      u"[album artist]",
-                                      u"[composer]",
-                                      u"[conductor]",
-                                      u"[title]",
-                                      u"[genre]",
-                                      u"[year]",
-                                      u"[track]",
-                                      u"[tag]",
-                                      u"[track_unpad]",
-                                      u"[track_total_unpad]",
-                                      u"[track_total]",
-                                      u"[disc]",
-                                      u"[disc_total]",
-                                      u"[band]",
-                                      u"[rating]",
-                                      u"[tempo]",
-                                      u"[label]",
-                                      u"[isrc]",
-                                      u"[upc]",
-                                      u"[compilation]",
-                                      u"[mood]",
-                                      u"[style]",
-                                      u"[copyright]",
-                                      u"[subtitle]",
-                                      u"[length]",
-                                      u"[orchestra]",
-                                      u"[soloists]",
-                                      u"[instrument]",
-                                      u"[period]",
-                                      u"[chorus]",
-                                      u"[catalog #]",
-                                      u"[work]",
-                                      u"[movement name]",
-                                      u"[movement count]",
-                                      u"[movement number]",
-                                      u"[length_mmss]",
-                                      u"[length_hhmmss]",
-                                      u"[id_tag]",
-                                      u"[audio_quality]",
-                                      u"[gapless]",
-                                      u"[frequency]",
-                                      u"[channels]",
-                                      u"[channels_subone]",
-                                      u"[bits_per_sample]",
-                                      u"[bytes_per_sample]",
-                                      u"[bitrate]",
-                                      u"[k_bitrate]",
-                                      u"[ifequals]",
-                                      u"[IFVALUE]",
-                                      u"[IF!EQUALS]",
-                                      u"[TAGS]",
-                                      u"[IFCOMP]",
-                                      u"[IF!COMP]",
-                                      u"[IFMULTI]",
-                                      u"[IF!MULTI]"};
+// The forms and functions whose presence makes a batch read its sources,
+// beside the items so marked. The sort items, [length_seconds] and a few
+// more are deliberately not among them: the list is the design as it
+// stands.
+const char16_t* const kOtherKeysNeedingTags[] = {u"[tag]",    u"[ifequals]", u"[IFVALUE]", u"[IF!EQUALS]", u"[TAGS]",
+                                                 u"[IFCOMP]", u"[IF!COMP]",  u"[IFMULTI]", u"[IF!MULTI]"};
 
 bool IsPathItem(const clString& name) {
     return name.EqualsNoCase(u"origpath") || name.EqualsNoCase(u"origfilename") || name.EqualsNoCase(u"origdrive") ||
@@ -222,18 +184,18 @@ clString DropLeadingZero(clString value) {
 }
 
 // The value an item stands for.
-clString ItemValue(int index, const char16_t* key, const clTagList& tags) {
-    switch (index) {
-        case 8: return PadToTwo(NumberPart(tags.GetTagValue(u"track"), false));
-        case 9: return DropLeadingZero(NumberPart(tags.GetTagValue(u"track"), false));
-        case 10: return PadToTwo(NumberPart(tags.GetTagValue(u"track"), true));
-        case 11: return DropLeadingZero(NumberPart(tags.GetTagValue(u"track"), true));
-        case 12: return NumberPart(tags.GetTagValue(u"disc"), false);
-        case 13: return NumberPart(tags.GetTagValue(u"disc"), true);
-        default: break;
+clString ItemValue(clItemKind kind, bool isItem, const char16_t* key, const clTagList& tags) {
+    switch (kind) {
+        case clItemKind::Track: return PadToTwo(NumberPart(tags.GetTagValue(u"track"), false));
+        case clItemKind::TrackUnpadded: return DropLeadingZero(NumberPart(tags.GetTagValue(u"track"), false));
+        case clItemKind::TrackTotal: return PadToTwo(NumberPart(tags.GetTagValue(u"track"), true));
+        case clItemKind::TrackTotalUnpadded: return DropLeadingZero(NumberPart(tags.GetTagValue(u"track"), true));
+        case clItemKind::Disc: return NumberPart(tags.GetTagValue(u"disc"), false);
+        case clItemKind::DiscTotal: return NumberPart(tags.GetTagValue(u"disc"), true);
+        case clItemKind::Tag: break;
     }
     clString name(key);
-    if (index < kItemCount) name = name.Mid(2, name.Length() - 1);  // the tag's name without brackets
+    if (isItem) name = name.Mid(2, name.Length() - 1);  // the tag's name without brackets
     return FirstValue(tags.GetTagValue(name.text));
 }
 
@@ -299,14 +261,16 @@ void ExpandItems(clString& text, const clTagList& tags, const clStringList* extr
     clKeySearch search(text);
     int64_t extras = extrasNames != nullptr ? extrasNames->Count() : 0;
     for (int64_t index = 0; index < kItemCount + extras; ++index) {
-        const char16_t* key = index < kItemCount ? kItems[index] : (*extrasNames)[index - kItemCount].text;
+        const bool isItem = index < kItemCount;
+        const char16_t* key = isItem ? kItems[index].key : (*extrasNames)[index - kItemCount].text;
+        const clItemKind kind = isItem ? kItems[index].kind : clItemKind::Tag;
         int32_t keyLength = clTextLength(key);
         for (;;) {
             if (!bound.Allows(text)) return;
             int32_t at = search.Find(key, keyLength);
             if (at == 0) break;
             text.Delete(at, at + keyLength - 1);
-            text.Insert(ItemValue(static_cast<int>(index), key, tags), at);
+            text.Insert(ItemValue(kind, isItem, key, tags), at);
             search.Refresh(text);
         }
     }
@@ -378,7 +342,10 @@ clString NextArgument(clString& arguments, bool last) {
 }
 
 bool NamingNeedsTags(const clString& naming) {
-    for (const char16_t* key : kNeedsTags) {
+    for (const clNamingItem& item : kItems) {
+        if (item.needsTags && naming.Find(item.key, 1, true) != 0) return true;
+    }
+    for (const char16_t* key : kOtherKeysNeedingTags) {
         if (naming.Find(key, 1, true) != 0) return true;
     }
     return false;

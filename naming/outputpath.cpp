@@ -6,6 +6,7 @@
 #include "foundation/pathtext.h"
 #include "foundation/platform/fileio.h"
 #include "foundation/platform/filesystem.h"
+#include "foundation/settingnames.h"
 #include "foundation/settings.h"
 #include "foundation/specialfolder.h"
 #include "foundation/stringlist.h"
@@ -116,11 +117,11 @@ clString ComputeOutputPath(const clSourceFile& source, const clString& folder, c
     if (folder.Equals(u"[origdrive]") && namingRule.Equals(u"[origpath]\\[origfilename]") && fixedPath.IsEmpty()) {
         return clString(WithoutLastDot(path).text, extension.text);
     }
-    clString table = GetSettingText(u"FileNameChrReplace");
+    clString table = GetSettingText(kFileNameTableSetting.name);
     clCleanPathOptions clean;
     clean.limitLength = true;
     clean.table = table.IsEmpty() ? nullptr : table.text;
-    bool plainAscii = GetSettingNumber(u"FileNameANSIFilenameOnly") != 0;
+    bool plainAscii = GetSettingNumber(kPlainAsciiNamesSetting.name) != 0;
     // Tag values name things inside the output folder, never the folder
     // itself: when the whole path is too long, a long title gets shorter,
     // not the folder, which would move the output beside it or up to the

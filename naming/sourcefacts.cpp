@@ -6,6 +6,7 @@
 #include "foundation/findfiles.h"
 #include "foundation/localeformat.h"
 #include "foundation/pathtext.h"
+#include "foundation/settingnames.h"
 #include "foundation/settings.h"
 #include "foundation/stringlist.h"
 #include "foundation/syncobjects.h"
@@ -64,8 +65,8 @@ void AddUniqueTag(clTagList& tags) {
     clMutex exclusive;
     exclusive.Create(u"mutExclusive");
     exclusive.Wait();
-    uint32_t next = GetSettingNumber(u"Unique") + 1;
-    SetSettingNumber(next, u"Unique");
+    uint32_t next = GetSettingNumber(kUniqueCounterSetting.name) + 1;
+    SetSettingNumber(next, kUniqueCounterSetting.name);
     AddNumber(tags, u"unique", next);
     exclusive.Release();
 }

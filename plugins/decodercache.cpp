@@ -8,6 +8,7 @@
 #include "foundation/pathtext.h"
 #include "foundation/platform/filesystem.h"
 #include "foundation/platform/thread.h"
+#include "foundation/settingnames.h"
 #include "foundation/settings.h"
 #include "foundation/syncobjects.h"
 #include "plugins/sourcefile.h"
@@ -16,7 +17,6 @@
 
 namespace {
 
-constexpr const char16_t* kCacheKey = u"Software\\Harrowmere\\Quillotone\\DecoderCache64";
 constexpr int64_t kLargestKeptTag = 1024;
 
 bool TryLibrary(const clString& path, const clString& extension, clQvDecoder& decoder, const qv_log_record* log) {
@@ -53,7 +53,7 @@ bool LoadForFile(const clString& fileName, clQvDecoder& decoder, const qv_log_re
         return decoder.CreateInstance(log);
     }
     clString found;
-    clString cached = GetSettingText(extension.text, clHiveCurrentUser, kCacheKey);
+    clString cached = GetSettingText(extension.text, kSettingsHive, kDecoderCacheKey);
     if (!cached.IsEmpty()) {
         // Stored paths may come from either syntax; only the name counts.
         clString name = GetFileName(GetFileName(cached, WindowsPathSyntax()), PosixPathSyntax());
@@ -72,7 +72,7 @@ bool LoadForFile(const clString& fileName, clQvDecoder& decoder, const qv_log_re
         }
     }
     if (found.IsEmpty()) return false;
-    SetSettingText(found, extension.text, clHiveCurrentUser, kCacheKey);
+    SetSettingText(found, extension.text, kSettingsHive, kDecoderCacheKey);
     return true;
 }
 

@@ -14,6 +14,7 @@
 #include "foundation/commandoptions.h"
 #include "foundation/platform/fileio.h"
 #include "foundation/platform/processinfo.h"
+#include "foundation/settingnames.h"
 #include "foundation/settings.h"
 #include "foundation/syncobjects.h"
 #include "worker/conversion.h"
@@ -149,7 +150,7 @@ int main(int argc, char** argv) {
 
     // The decoder cache lives in the program's settings, shared with the
     // front end.
-    SetSettingsRoot(clHiveCurrentUser, u"Software\\Harrowmere\\Quillotone");
+    SetSettingsRoot(kSettingsHive, kSettingsRoot);
     std::atomic<bool> cancel{false};
     bool converted = false;
     {

@@ -15,6 +15,7 @@
 #include "foundation/pathtext.h"
 #include "foundation/platform/processinfo.h"
 #include "foundation/platform/thread.h"
+#include "foundation/settingnames.h"
 #include "foundation/settings.h"
 #include "foundation/stringlist.h"
 #include "tests/codecs/wavefiles.h"
@@ -46,7 +47,7 @@ protected:
     clString temp;
 
     EndToEnd() {
-        SetSettingsRoot(clHkeyCurrentUser, u"Software\\Harrowmere\\Quillotone");
+        SetSettingsRoot(kSettingsHive, kSettingsRoot);
         temp = dir.File(u"tmp");
         MakeFolders(temp);
         // The program's scratch files go here, so the test sees every one.

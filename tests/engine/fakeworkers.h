@@ -10,6 +10,7 @@
 #include "engine/conversion.h"
 #include "engine/globals.h"
 #include "engine/workerlauncher.h"
+#include "foundation/settingnames.h"
 #include "foundation/settings.h"
 #include "tests/support/testfolder.h"
 
@@ -91,7 +92,7 @@ inline std::u16string OptionOf(const std::u16string& text, const std::u16string&
 // A conversion of the entry "Scripted" on the scripted launcher, with the
 // clock at `now`, and no power action whatever is chosen.
 inline clConversionServices ScriptedConversion(FakeLauncher& launcher, const uint32_t& now, int32_t processors) {
-    SetSettingsRoot(clHkeyCurrentUser, u"Software\\Harrowmere\\Quillotone");
+    SetSettingsRoot(kSettingsHive, kSettingsRoot);
     globalEncoder = u"Scripted";
     globalProfile.Clear();
     clConversionServices services;

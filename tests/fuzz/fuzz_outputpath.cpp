@@ -13,6 +13,7 @@
 
 #include "foundation/folders.h"
 #include "foundation/platform/processinfo.h"
+#include "foundation/settingnames.h"
 #include "foundation/settings.h"
 #include "foundation/stringlist.h"
 #include "naming/outputpath.h"
@@ -55,7 +56,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
     clString folder = GetTempFolder();
     folder.Append(clString::Formatted(u"qvfuzz-config-%s", GetProcessGuidText().text));
     PlatformSetEnvironment(u"QUILLOTONE_CONFIG_DIR", folder.text);
-    SetSettingsRoot(clHiveCurrentUser, u"Software\\Harrowmere\\Quillotone");
+    SetSettingsRoot(kSettingsHive, kSettingsRoot);
     return 0;
 }
 

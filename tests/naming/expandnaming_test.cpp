@@ -160,6 +160,73 @@ TEST(ExpandNaming, PosixSyntaxGivesTheSameFolders) {
 }
 
 TEST(NamingNeedsTags, ExactlyItsList) {
+    // Every key of the list, and no other item: the items keep this mark
+    // in their own table, beside the forms and functions.
+    for (const char16_t* yes : {u"[artist]",
+                                u"[album]",
+                                u"[album artist]",
+                                u"[composer]",
+                                u"[conductor]",
+                                u"[title]",
+                                u"[genre]",
+                                u"[year]",
+                                u"[track]",
+                                u"[tag]",
+                                u"[track_unpad]",
+                                u"[track_total_unpad]",
+                                u"[track_total]",
+                                u"[disc]",
+                                u"[disc_total]",
+                                u"[band]",
+                                u"[rating]",
+                                u"[tempo]",
+                                u"[label]",
+                                u"[isrc]",
+                                u"[upc]",
+                                u"[compilation]",
+                                u"[mood]",
+                                u"[style]",
+                                u"[copyright]",
+                                u"[subtitle]",
+                                u"[length]",
+                                u"[orchestra]",
+                                u"[soloists]",
+                                u"[instrument]",
+                                u"[period]",
+                                u"[chorus]",
+                                u"[catalog #]",
+                                u"[work]",
+                                u"[movement name]",
+                                u"[movement count]",
+                                u"[movement number]",
+                                u"[length_mmss]",
+                                u"[length_hhmmss]",
+                                u"[id_tag]",
+                                u"[audio_quality]",
+                                u"[gapless]",
+                                u"[frequency]",
+                                u"[channels]",
+                                u"[channels_subone]",
+                                u"[bits_per_sample]",
+                                u"[bytes_per_sample]",
+                                u"[bitrate]",
+                                u"[k_bitrate]",
+                                u"[ifequals]",
+                                u"[IFVALUE]",
+                                u"[IF!EQUALS]",
+                                u"[TAGS]",
+                                u"[IFCOMP]",
+                                u"[IF!COMP]",
+                                u"[IFMULTI]",
+                                u"[IF!MULTI]"}) {
+        EXPECT_TRUE(NamingNeedsTags(clString(yes))) << std::string(yes, yes + clTextLength(yes));
+    }
+    for (const char16_t* no :
+         {u"[title sort]", u"[artist sort]", u"[album artist sort]", u"[album sort]", u"[soloistssort]",
+          u"[composersort]", u"[conductorsort]", u"[unique]", u"[discunique]", u"[encoder+]", u"[extension]",
+          u"[origdrive]", u"[subpath]", u"[protected]", u"[date]", u"[time]", u"[day_of_week]", u"[now_year]"}) {
+        EXPECT_FALSE(NamingNeedsTags(clString(no))) << std::string(no, no + clTextLength(no));
+    }
     EXPECT_TRUE(NamingNeedsTags(clString(u"[ARTIST]")));
     EXPECT_TRUE(NamingNeedsTags(clString(u"x[ifvalue]y")));
     EXPECT_TRUE(NamingNeedsTags(clString(u"[tags]a,b[]")));

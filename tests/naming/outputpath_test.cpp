@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "foundation/settingnames.h"
 #include "foundation/settings.h"
 #include "foundation/specialfolder.h"
 #include "plugins/sourcefile.h"
@@ -17,7 +18,7 @@ namespace {
 class OutputPath : public ::testing::Test {
 protected:
     void SetUp() override {
-        SetSettingsRoot(clHiveCurrentUser, u"Software\\Harrowmere\\Quillotone");
+        SetSettingsRoot(kSettingsHive, kSettingsRoot);
         SetSettingText(clString(), u"FileNameChrReplace");
         SetSettingNumber(0, u"FileNameANSIFilenameOnly");
     }

@@ -11,6 +11,7 @@
 #include "foundation/folders.h"
 #include "foundation/pathtext.h"
 #include "foundation/platform/processinfo.h"
+#include "foundation/settingnames.h"
 #include "foundation/settings.h"
 #include "foundation/stringlist.h"
 #include "plugins/quillotone_plugin.h"
@@ -96,7 +97,7 @@ TEST(SourceFacts, NoFactsNoLengthAndAMissingTitleFromTheName) {
 }
 
 TEST(SourceFacts, UniqueNumbersCountOnAndSourceDateComesFromTheFile) {
-    SetSettingsRoot(clHiveCurrentUser, u"Software\\Harrowmere\\Quillotone");
+    SetSettingsRoot(kSettingsHive, kSettingsRoot);
     SetSettingNumber(0, u"Unique");
     clTagList first;
     clTagList second;
@@ -123,7 +124,7 @@ TEST(SourceFacts, UniqueNumbersCountOnAndSourceDateComesFromTheFile) {
 // Two batches in two processes at once draw from the one counter: every
 // number is handed out once, and the counter ends at the last of them.
 TEST(SourceFacts, UniqueNumbersAreMachineWideAcrossProcesses) {
-    SetSettingsRoot(clHiveCurrentUser, u"Software\\Harrowmere\\Quillotone");
+    SetSettingsRoot(kSettingsHive, kSettingsRoot);
     SetSettingNumber(0, u"Unique");
     TestFolder dir;
     clString helper = JoinPath(GetProgramFolder(), clString(u"qv_testhelper", PlatformExecutableSuffix()));

@@ -23,6 +23,7 @@
 #include "engine/encoderbatch.h"
 #include "foundation/clstring.h"
 #include "foundation/platform/thread.h"
+#include "foundation/settingnames.h"
 #include "foundation/settings.h"
 #include "foundation/syncobjects.h"
 #include "foundation/utf.h"
@@ -86,7 +87,7 @@ int UniqueTagCommand(char** argv) {
     int n = std::atoi(argv[2]);
     std::FILE* out = std::fopen(argv[3], "w");
     if (out == nullptr) return 102;
-    SetSettingsRoot(clHiveCurrentUser, u"Software\\Harrowmere\\Quillotone");
+    SetSettingsRoot(kSettingsHive, kSettingsRoot);
     for (int i = 0; i < n; ++i) {
         clTagList tags;
         AddUniqueTag(tags);
