@@ -66,8 +66,8 @@ public:
 
 class clProcessLauncher : public clWorkerLauncher {
 public:
-    clWorkerLink* Start(const clString& commandLine, clString& failure) override {
-        auto* link = new clProcessLink;
+    std::unique_ptr<clWorkerLink> Start(const clString& commandLine, clString& failure) override {
+        auto link = std::make_unique<clProcessLink>();
         clPipeHandle outWrite = clNoPipe;
         clPipeHandle errWrite = clNoPipe;
         if (!PlatformCreatePipe(&link->out.readEnd, &outWrite)) {
@@ -80,7 +80,6 @@ public:
         } else {
             return link;
         }
-        delete link;
         return nullptr;
     }
 };

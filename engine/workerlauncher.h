@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
 #include "foundation/clstring.h"
 
@@ -28,10 +29,10 @@ public:
 class clWorkerLauncher {
 public:
     virtual ~clWorkerLauncher() = default;
-    // Starts `commandLine`. Null on failure, with the line that tells it in
-    // `failure` ("Error creating StdOut Pipe", "Error creating StdErr
-    // Pipe" or "Error running ConvertWorker").
-    virtual clWorkerLink* Start(const clString& commandLine, clString& failure) = 0;
+    // Starts `commandLine`; the caller owns the link. Null on failure, with
+    // the line that tells it in `failure` ("Error creating StdOut Pipe",
+    // "Error creating StdErr Pipe" or "Error running ConvertWorker").
+    virtual std::unique_ptr<clWorkerLink> Start(const clString& commandLine, clString& failure) = 0;
 };
 
 // The launcher of real child processes.

@@ -36,7 +36,7 @@ const char16_t* const kEndedEarlyLine =
 
 clWorkerSlot::~clWorkerSlot() {
     copyThread.Close();
-    delete worker;
+    worker.reset();
     if (!commandFile.IsEmpty()) DeleteFileEx(commandFile);
 }
 
@@ -136,7 +136,6 @@ void clWorkerSlot::StartJob(const clJobStart& job) {
     commandLine.Append(u" -qvcmd=\"");
     commandLine.Append(commandFile);
     commandLine.Append(u"\"");
-    delete worker;
     clString failure;
     worker = env.launcher->Start(commandLine, failure);
     if (worker == nullptr) {
@@ -158,8 +157,7 @@ void clWorkerSlot::EndJob() {
     if (worker != nullptr) {
         DrainPipes(true);
         const bool workerEnded = worker->HasEnded();
-        delete worker;
-        worker = nullptr;
+        worker.reset();
         // A worker removes its temporary output itself, by renaming it into
         // place or on failure; one still there was left by a worker that
         // died mid-file (killed, say), which no crash handler can report.

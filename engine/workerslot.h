@@ -14,14 +14,13 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <memory>
 
 #include "engine/slotreport.h"
+#include "engine/workerlauncher.h"
 #include "foundation/clstring.h"
 #include "foundation/syncobjects.h"
 #include "foundation/thread.h"
-
-class clWorkerLauncher;
-class clWorkerLink;
 
 // What every slot of a conversion shares: its clock (GetTickCount), the
 // launcher of workers and the worker program.
@@ -63,7 +62,7 @@ public:
     bool finished = false;  // a job has ended here
     int64_t sourceBytes = 0;
     clString sourcePath, outputPath;
-    clWorkerLink* worker = nullptr;  // the running worker's process and pipes
+    std::unique_ptr<clWorkerLink> worker;  // the running worker's process and pipes
     clString commandFile;
     std::atomic<bool> paused{false};  // read by the copy thread
     bool cancelSent = false;          // the running job was asked to stop

@@ -51,7 +51,7 @@ struct Encoder : qvc::UncompressedWriter {
         rate = record.format->samplesPerSecond;
         if (channels == 0 || rate == 0) return Fail("the stream has no channels or no rate");
         if (const char* wrong = qvc::ChooseLayout(record, layout)) return Fail(wrong);
-        file = qvc::OpenFile(record.outputPath, "wb");
+        file.reset(qvc::OpenFile(record.outputPath, "wb"));
         if (file == nullptr) return Fail("the output file can't be created");
         std::string head = "FORM";
         Be(head, 0, 4);
@@ -114,18 +114,15 @@ struct Encoder : qvc::UncompressedWriter {
         Be(frames, dataBytes / bytesPerFrame, 4);
         std::string sound;
         Be(sound, dataBytes + 8, 4);
-        bool ok = Write(tail) && qvc::Seek(file, 4) && Write(form) && qvc::Seek(file, framesAt) && Write(frames) &&
-                  qvc::Seek(file, soundAt + 4) && Write(sound);
+        bool ok = Write(tail) && qvc::Seek(file.get(), 4) && Write(form) && qvc::Seek(file.get(), framesAt) &&
+                  Write(frames) && qvc::Seek(file.get(), soundAt + 4) && Write(sound);
         return Finish(ok);
     }
 };
 
 constexpr const char* kExtension = ".aiff";
 // What "qvt plugins" shows of the options (see the top of this file).
-constexpr const char* kOptionHelp =
-    "-bits=\"8|16|24|32|float\"   the sample format written; without it the\n"
-    "                           stream's own: integer audio at its depth\n"
-    "                           (rounded up to whole bytes), float as float\n";
+constexpr const char* kOptionHelp = qvc::UncompressedWriter::kOptionHelp;
 constexpr bool kLossless = true;
 constexpr const char* kRequiredEffect = nullptr;
 uint64_t EstimatedSize(uint64_t lengthMs, const qv_stream_facts* facts) {

@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -130,6 +131,23 @@ inline std::string FileName(const std::u16string& text) {
     }
     return out;
 }
+
+// A C library's handle that frees itself: `Free` runs once, on a handle
+// that is not null, when its owner is reset or goes. Members go in the
+// reverse order of their declaration, so a handle that writes through
+// another is declared after it.
+template <auto Free>
+struct FreeWith {
+    template <class T>
+    void operator()(T* handle) const {
+        Free(handle);
+    }
+};
+template <class T, auto Free>
+using Owned = std::unique_ptr<T, FreeWith<Free>>;
+
+inline void CloseFile(FILE* file) { std::fclose(file); }
+using OwnedFile = Owned<FILE, CloseFile>;
 
 #ifdef _WIN32
 inline FILE* OpenFile(const qv_char* name, const char* mode) {
@@ -274,49 +292,61 @@ inline void PackSamples(const void* samples, size_t count, const SampleLayout& l
     }
 }
 
-// What the uncompressed encoders share: the open output, the layout, the
-// texts they answer with, and the writing of audio blocks.
-// What every encoder keeps for its answers.
-struct EncoderBase {
-    Answer text1;
-    Answer text2;
-    Answer page;  // the option string a settings page was shown with
+// What every instance of a plug-in keeps for its failures: the reason,
+// answered under "LastError", and the letting go of what it holds.
+struct InstanceBase {
     std::u16string error;
     Answer errorAnswer;
 
+    InstanceBase() = default;
+    virtual ~InstanceBase() = default;
+    InstanceBase(const InstanceBase&) = delete;
+    InstanceBase& operator=(const InstanceBase&) = delete;
+
+    // Lets go of the open file or the running state; an instance resets its
+    // own handles here.
+    virtual void Release() {}
+    // Keeps the reason, lets go, and answers false.
+    bool Fail(const char* why) {
+        error = FromAscii(why);
+        Release();
+        return false;
+    }
+};
+
+// What every encoder keeps for its answers.
+struct EncoderBase : InstanceBase {
+    Answer text1;
+    Answer text2;
+    Answer page;  // the option string a settings page was shown with
     // Flushes and closes an output file; false, with the reason kept, when
     // the last of it could not be written.
-    bool CloseOutput(FILE*& out) {
-        bool ok = std::fflush(out) == 0;
-        ok = std::fclose(out) == 0 && ok;
-        out = nullptr;
+    bool CloseOutput(OwnedFile& out) {
+        bool ok = std::fflush(out.get()) == 0;
+        ok = std::fclose(out.release()) == 0 && ok;
         if (!ok) error = FromAscii("the output file can't be finished (is the disk full?)");
         return ok;
     }
 };
 
+// What the uncompressed encoders share: the open output, the layout, and
+// the writing of audio blocks.
 struct UncompressedWriter : EncoderBase {
-    UncompressedWriter() = default;
-    ~UncompressedWriter() {
-        if (file != nullptr) std::fclose(file);
-    }
-    UncompressedWriter(const UncompressedWriter&) = delete;
-    UncompressedWriter& operator=(const UncompressedWriter&) = delete;
+    // Their one option, as "qvt plugins" shows it.
+    static constexpr const char* kOptionHelp =
+        "-bits=\"8|16|24|32|float\"   the sample format written; without it the\n"
+        "                           stream's own: integer audio at its depth\n"
+        "                           (rounded up to whole bytes), float as float\n";
 
-    FILE* file = nullptr;
+    OwnedFile file;
     SampleLayout layout;
     uint16_t channels = 0;
     uint32_t rate = 0;
     uint64_t dataBytes = 0;
     std::string buffer;
 
-    bool Fail(const char* why) {
-        error = FromAscii(why);
-        if (file != nullptr) std::fclose(file);
-        file = nullptr;
-        return false;
-    }
-    bool Write(const std::string& data) { return std::fwrite(data.data(), 1, data.size(), file) == data.size(); }
+    void Release() override { file.reset(); }
+    bool Write(const std::string& data) { return std::fwrite(data.data(), 1, data.size(), file.get()) == data.size(); }
     bool WriteBlock(const qv_audio_block& block, bool bigEndian, bool unsigned8) {
         PackSamples(block.samples, static_cast<size_t>(block.frames) * channels, layout, bigEndian, unsigned8, buffer);
         if (!Write(buffer)) return Fail("the output file can't be written (is the disk full?)");
@@ -338,8 +368,7 @@ struct UncompressedWriter : EncoderBase {
     // (the worker deletes it).
     bool Aborted(const qv_encoder_end_record& record) {
         if (record.aborted == 0) return false;
-        if (file != nullptr) std::fclose(file);
-        file = nullptr;
+        file.reset();
         return true;
     }
     // Flushes and closes; false (with the reason kept) on failure.
@@ -356,15 +385,17 @@ inline std::u16string LowerTag(const std::u16string& text) {
     return out;
 }
 
-// What every decoder keeps for its answers.
-struct DecoderBase {
+// What every decoder keeps for its answers. Failing closes the source.
+struct DecoderBase : InstanceBase {
     Answer text1;
     Answer text2;
-    std::u16string error;
-    Answer errorAnswer;
     std::string tagBlock;                 // of the last Open
     std::string propertyBlock;            // of the last Open
     std::vector<std::u16string> deleted;  // tag names left out, lower case
+
+    // The exported Close; a decoder resets its own handles here.
+    virtual void Close() {}
+    void Release() final { Close(); }
 };
 
 struct Tag {
@@ -388,6 +419,16 @@ struct LossyDecoderBase : DecoderBase {
     std::u16string encoderSettings;
     std::vector<Tag> tags;
 
+    // Hands out `got` frames of `block`; the last block of a known length
+    // is marked.
+    int32_t HandOut(std::vector<float>& block, int64_t got, qv_audio_block* out) {
+        out->samples = block.data();
+        out->frames = static_cast<uint32_t>(got);
+        out->position = static_cast<uint64_t>(position);
+        position += got;
+        out->flags = frames > 0 && position >= frames ? QV_BLOCK_LAST : 0;
+        return 1;
+    }
     bool Format(qv_audio_format& format) const {
         if (channels == 0) return false;
         format.samplesPerSecond = rate;
@@ -418,17 +459,11 @@ struct LossyDecoderBase : DecoderBase {
 
 // What every effect keeps, and the calls an effect has no use for: it
 // defines its own to replace them.
-struct EffectBase {
-    Answer page;  // the settings a settings page was shown with
-    std::u16string error;
-    Answer errorAnswer;
+struct EffectBase : InstanceBase {
+    Answer page;            // the settings a settings page was shown with
     std::string finalTags;  // answered under "Tags" after the end
     bool hasFinalTags = false;
 
-    bool Fail(const char* why) {
-        error = FromAscii(why);
-        return false;
-    }
     // Hands every block on as it came.
     int32_t Pass(const qv_audio_block* in, qv_audio_block* out) {
         if (in == nullptr) return 0;

@@ -24,8 +24,9 @@ std::string PictureBlock(const FLAC__StreamMetadata_Picture& picture) {
 }
 
 struct Decoder : qvc::DecoderBase {
-    FLAC__StreamDecoder* flac = nullptr;
-    FILE* file = nullptr;
+    // Deleting a decoder finishes it, which closes the file it was given.
+    qvc::Owned<FLAC__StreamDecoder, FLAC__stream_decoder_delete> flac;
+    qvc::OwnedFile file;  // until the decoder takes it
     uint32_t rate = 0;
     uint32_t channels = 0;
     uint32_t bits = 0;
@@ -42,23 +43,9 @@ struct Decoder : qvc::DecoderBase {
     std::vector<int32_t> block;
     std::u16string path;  // to open again after the end, for a second pass
 
-    ~Decoder() { Close(); }
-
-    void Close() {
-        if (flac != nullptr) {
-            // finish() also closes the FILE that init_FILE took over.
-            FLAC__stream_decoder_finish(flac);
-            FLAC__stream_decoder_delete(flac);
-        } else if (file != nullptr) {
-            std::fclose(file);
-        }
-        flac = nullptr;
-        file = nullptr;
-    }
-    bool Fail(const char* why) {
-        error = qvc::FromAscii(why);
-        Close();
-        return false;
+    void Close() override {
+        flac.reset();
+        file.reset();
     }
 
     static FLAC__StreamDecoderWriteStatus OnWrite(const FLAC__StreamDecoder*, const FLAC__Frame* frame,
@@ -117,21 +104,22 @@ struct Decoder : qvc::DecoderBase {
         position = 0;
         failed = ended = false;
         rate = channels = bits = 0;
-        file = qvc::OpenFile(name, "rb");
+        file.reset(qvc::OpenFile(name, "rb"));
         if (file == nullptr) return Fail("the file can't be opened");
-        if (std::fseek(file, 0, SEEK_END) == 0) fileSize = static_cast<uint64_t>(std::max<int64_t>(0, qvc::Tell(file)));
-        std::rewind(file);
-        flac = FLAC__stream_decoder_new();
+        if (std::fseek(file.get(), 0, SEEK_END) == 0) {
+            fileSize = static_cast<uint64_t>(std::max<int64_t>(0, qvc::Tell(file.get())));
+        }
+        std::rewind(file.get());
+        flac.reset(FLAC__stream_decoder_new());
         if (flac == nullptr) return Fail("out of memory");
-        FLAC__stream_decoder_set_md5_checking(flac, true);
-        FLAC__stream_decoder_set_metadata_respond(flac, FLAC__METADATA_TYPE_VORBIS_COMMENT);
-        FLAC__stream_decoder_set_metadata_respond(flac, FLAC__METADATA_TYPE_PICTURE);
-        FILE* handed = file;
-        if (FLAC__stream_decoder_init_FILE(flac, handed, OnWrite, OnMetadata, OnError, this) !=
+        FLAC__stream_decoder_set_md5_checking(flac.get(), true);
+        FLAC__stream_decoder_set_metadata_respond(flac.get(), FLAC__METADATA_TYPE_VORBIS_COMMENT);
+        FLAC__stream_decoder_set_metadata_respond(flac.get(), FLAC__METADATA_TYPE_PICTURE);
+        if (FLAC__stream_decoder_init_FILE(flac.get(), file.release(), OnWrite, OnMetadata, OnError, this) !=
             FLAC__STREAM_DECODER_INIT_STATUS_OK) {
             return Fail("the file is not a FLAC file");
         }
-        if (!FLAC__stream_decoder_process_until_end_of_metadata(flac) || failed || channels == 0 || rate == 0) {
+        if (!FLAC__stream_decoder_process_until_end_of_metadata(flac.get()) || failed || channels == 0 || rate == 0) {
             return Fail("the file is not a FLAC file, or its header is damaged");
         }
         return true;
@@ -178,19 +166,18 @@ struct Decoder : qvc::DecoderBase {
                 pending.erase(pending.begin(), pending.begin() + static_cast<std::ptrdiff_t>(pendingAt));
                 pendingAt = 0;
             }
-            if (!FLAC__stream_decoder_process_single(flac) || failed) {
+            if (!FLAC__stream_decoder_process_single(flac.get()) || failed) {
                 error = qvc::FromAscii("the audio data is damaged");
                 return -1;
             }
-            FLAC__StreamDecoderState state = FLAC__stream_decoder_get_state(flac);
+            FLAC__StreamDecoderState state = FLAC__stream_decoder_get_state(flac.get());
             if (state == FLAC__STREAM_DECODER_END_OF_STREAM) {
                 ended = true;
                 // The MD5 signature covers the whole stream.
-                if (!FLAC__stream_decoder_finish(flac)) {
+                if (!FLAC__stream_decoder_finish(flac.get())) {
                     error = qvc::FromAscii("the audio does not match its MD5 signature");
                     return -1;
                 }
-                file = nullptr;  // closed by finish
             }
         }
         size_t available = pending.size() - pendingAt;
@@ -219,7 +206,7 @@ struct Decoder : qvc::DecoderBase {
         if (flac == nullptr) return false;
         pending.clear();
         pendingAt = 0;
-        if (!FLAC__stream_decoder_seek_absolute(flac, frame)) return false;
+        if (!FLAC__stream_decoder_seek_absolute(flac.get(), frame)) return false;
         position = frame;
         return true;
     }

@@ -91,27 +91,18 @@ void DeleteBlocks(std::vector<FLAC__StreamMetadata*>& blocks) {
 }
 
 struct Encoder : qvc::EncoderBase {
-    FLAC__StreamEncoder* flac = nullptr;
-    std::vector<FLAC__StreamMetadata*> metadata;
+    // Deleting an encoder finishes it first.
+    qvc::Owned<FLAC__StreamEncoder, FLAC__stream_encoder_delete> flac;
+    std::vector<FLAC__StreamMetadata*> metadata;  // the encoder reads them until it is finished
     std::string path;
     uint32_t channels = 0;
     uint32_t bits = 16;
     std::vector<FLAC__int32> buffer;
 
-    ~Encoder() { Drop(); }
-
-    void Drop() {
-        if (flac != nullptr) {
-            FLAC__stream_encoder_finish(flac);
-            FLAC__stream_encoder_delete(flac);
-        }
-        flac = nullptr;
+    ~Encoder() override { Release(); }
+    void Release() override {
+        flac.reset();
         DeleteBlocks(metadata);
-    }
-    bool Fail(const char* why) {
-        error = qvc::FromAscii(why);
-        Drop();
-        return false;
     }
 
     bool Begin(qv_encoder_begin_record& record) {
@@ -128,27 +119,27 @@ struct Encoder : qvc::EncoderBase {
         int level = levelText.empty() ? 5 : std::atoi(qvc::ToUtf8(levelText).c_str());
         if (level < 0 || level > 8) return Fail("-level takes 0 to 8");
         bool verify = qvc::Option(options, u"verify") == u"1";
-        flac = FLAC__stream_encoder_new();
+        flac.reset(FLAC__stream_encoder_new());
         if (flac == nullptr) return Fail("out of memory");
-        FLAC__stream_encoder_set_channels(flac, channels);
-        FLAC__stream_encoder_set_bits_per_sample(flac, bits);
-        FLAC__stream_encoder_set_sample_rate(flac, format.samplesPerSecond);
-        FLAC__stream_encoder_set_compression_level(flac, static_cast<uint32_t>(level));
-        FLAC__stream_encoder_set_verify(flac, verify);
+        FLAC__stream_encoder_set_channels(flac.get(), channels);
+        FLAC__stream_encoder_set_bits_per_sample(flac.get(), bits);
+        FLAC__stream_encoder_set_sample_rate(flac.get(), format.samplesPerSecond);
+        FLAC__stream_encoder_set_compression_level(flac.get(), static_cast<uint32_t>(level));
+        FLAC__stream_encoder_set_verify(flac.get(), verify);
         // The streamable subset names only 8, 12, 16, 20, 24 and 32 bits and
         // the usual rates in its frame headers. Anything else (a 7-bit
         // WAV, an odd rate) is still FLAC, with the depth and rate kept in
         // the stream header, which every decoder reads.
         bool subsetDepth = bits == 8 || bits == 12 || bits == 16 || bits == 20 || bits == 24 || bits == 32;
         if (!subsetDepth || !FLAC__format_sample_rate_is_subset(format.samplesPerSecond)) {
-            FLAC__stream_encoder_set_streamable_subset(flac, false);
+            FLAC__stream_encoder_set_streamable_subset(flac.get(), false);
         }
-        if (record.totalFrames != 0) FLAC__stream_encoder_set_total_samples_estimate(flac, record.totalFrames);
+        if (record.totalFrames != 0) FLAC__stream_encoder_set_total_samples_estimate(flac.get(), record.totalFrames);
         std::string fault;
         metadata = TagBlocks(record.tags, record.tagsSize, fault);
         if (!fault.empty()) {
             error = qvc::FromBytes(fault);
-            Drop();
+            Release();
             return false;
         }
         FLAC__StreamMetadata* padding = FLAC__metadata_object_new(FLAC__METADATA_TYPE_PADDING);
@@ -156,14 +147,15 @@ struct Encoder : qvc::EncoderBase {
             padding->length = kPadding;
             metadata.push_back(padding);
         }
-        FLAC__stream_encoder_set_metadata(flac, metadata.data(), static_cast<uint32_t>(metadata.size()));
+        FLAC__stream_encoder_set_metadata(flac.get(), metadata.data(), static_cast<uint32_t>(metadata.size()));
         path = qvc::FileName(record.outputPath);
-        FLAC__StreamEncoderInitStatus status = FLAC__stream_encoder_init_file(flac, path.c_str(), nullptr, nullptr);
+        FLAC__StreamEncoderInitStatus status =
+            FLAC__stream_encoder_init_file(flac.get(), path.c_str(), nullptr, nullptr);
         if (status != FLAC__STREAM_ENCODER_INIT_STATUS_OK) {
             // Only a failed open is the file's fault; any other refusal is
             // libFLAC's, in its own words.
             if (status == FLAC__STREAM_ENCODER_INIT_STATUS_ENCODER_ERROR &&
-                FLAC__stream_encoder_get_state(flac) == FLAC__STREAM_ENCODER_IO_ERROR) {
+                FLAC__stream_encoder_get_state(flac.get()) == FLAC__STREAM_ENCODER_IO_ERROR) {
                 return Fail("the output file can't be created");
             }
             return Fail((std::string("libFLAC refuses these settings: ") + FLAC__StreamEncoderInitStatusString[status])
@@ -180,8 +172,8 @@ struct Encoder : qvc::EncoderBase {
         const auto* in = static_cast<const int32_t*>(block.samples);
         const int shift = 32 - static_cast<int>(bits);
         for (size_t i = 0; i < count; ++i) buffer[i] = in[i] >> shift;  // right-justified for libFLAC
-        if (!FLAC__stream_encoder_process_interleaved(flac, buffer.data(), block.frames)) {
-            FLAC__StreamEncoderState state = FLAC__stream_encoder_get_state(flac);
+        if (!FLAC__stream_encoder_process_interleaved(flac.get(), buffer.data(), block.frames)) {
+            FLAC__StreamEncoderState state = FLAC__stream_encoder_get_state(flac.get());
             return Fail(state == FLAC__STREAM_ENCODER_VERIFY_MISMATCH_IN_AUDIO_DATA
                             ? "verification found a difference in the encoded audio"
                             : "the output file can't be written (is the disk full?)");
@@ -225,11 +217,9 @@ struct Encoder : qvc::EncoderBase {
 
     bool End(const qv_encoder_end_record& record) {
         if (flac == nullptr) return record.aborted != 0 || Fail("the output file is not open");
-        bool finished = FLAC__stream_encoder_finish(flac) != 0;
-        FLAC__StreamEncoderState state = FLAC__stream_encoder_get_state(flac);
-        FLAC__stream_encoder_delete(flac);
-        flac = nullptr;
-        DeleteBlocks(metadata);
+        bool finished = FLAC__stream_encoder_finish(flac.get()) != 0;
+        FLAC__StreamEncoderState state = FLAC__stream_encoder_get_state(flac.get());
+        Release();
         if (record.aborted != 0) return true;
         if (!finished) {
             return Fail(state == FLAC__STREAM_ENCODER_VERIFY_MISMATCH_IN_AUDIO_DATA

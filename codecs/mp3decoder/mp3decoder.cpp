@@ -26,42 +26,37 @@ std::string PictureBlock(const TagLib::ID3v2::AttachedPictureFrame& frame) {
                              frame.description().to8Bit(true), 0, 0, 0, 0, data.data(), data.size());
 }
 
+// Deleting a handle closes its stream first.
+void CloseAndDelete(mpg123_handle* handle) {
+    mpg123_close(handle);
+    mpg123_delete(handle);
+}
+
 struct Decoder : qvc::LossyDecoderBase {
-    mpg123_handle* mpg = nullptr;
+    qvc::Owned<mpg123_handle, CloseAndDelete> mpg;
     std::vector<float> block;
 
-    ~Decoder() { Close(); }
-
-    void Close() {
-        if (mpg != nullptr) {
-            mpg123_close(mpg);
-            mpg123_delete(mpg);
-        }
-        mpg = nullptr;
+    void Close() override {
+        mpg.reset();
         channels = 0;
-    }
-    bool Fail(const char* why) {
-        error = qvc::FromAscii(why);
-        Close();
-        return false;
     }
 
     // The encoder that the Xing/Info frame names ("LAME3.100"), when the
     // file has no tag that names one. The frame is the first after any
     // ID3v2 tag.
     void ReadEncoderName(const std::string& path) {
-        FILE* file = std::fopen(path.c_str(), "rb");
+        qvc::OwnedFile file(std::fopen(path.c_str(), "rb"));
         if (file == nullptr) return;
         unsigned char id3[10] = {};
         uint64_t audioStart = 0;
-        if (std::fread(id3, 1, 10, file) == 10 && std::memcmp(id3, "ID3", 3) == 0) {
+        if (std::fread(id3, 1, 10, file.get()) == 10 && std::memcmp(id3, "ID3", 3) == 0) {
             audioStart =
                 10 + ((id3[6] & 0x7Fu) << 21 | (id3[7] & 0x7Fu) << 14 | (id3[8] & 0x7Fu) << 7 | (id3[9] & 0x7Fu));
             if ((id3[5] & 0x10) != 0) audioStart += 10;  // a footer
         }
         std::string head(4096, '\0');
-        head.resize(qvc::Seek(file, audioStart) ? std::fread(head.data(), 1, head.size(), file) : 0);
-        std::fclose(file);
+        head.resize(qvc::Seek(file.get(), audioStart) ? std::fread(head.data(), 1, head.size(), file.get()) : 0);
+        file.reset();
         size_t xing = head.find("Xing");
         if (xing == std::string::npos) xing = head.find("Info");
         size_t lame = xing == std::string::npos ? std::string::npos : head.find("LAME", xing);
@@ -101,30 +96,31 @@ struct Decoder : qvc::LossyDecoderBase {
         position = 0;
         std::string path = qvc::FileName(name);
         int rc = MPG123_OK;
-        mpg = mpg123_new(nullptr, &rc);
+        mpg.reset(mpg123_new(nullptr, &rc));
         if (mpg == nullptr) return Fail("the MP3 decoder can't start");
-        mpg123_param(mpg, MPG123_FLAGS, MPG123_GAPLESS | MPG123_FORCE_FLOAT | MPG123_QUIET, 0.0);
-        mpg123_format_none(mpg);
+        mpg123_param(mpg.get(), MPG123_FLAGS, MPG123_GAPLESS | MPG123_FORCE_FLOAT | MPG123_QUIET, 0.0);
+        mpg123_format_none(mpg.get());
         for (long r : {8000L, 11025L, 12000L, 16000L, 22050L, 24000L, 32000L, 44100L, 48000L}) {
-            mpg123_format(mpg, r, MPG123_MONO | MPG123_STEREO, MPG123_ENC_FLOAT_32);
+            mpg123_format(mpg.get(), r, MPG123_MONO | MPG123_STEREO, MPG123_ENC_FLOAT_32);
         }
-        if (mpg123_open(mpg, path.c_str()) != MPG123_OK) return Fail("the file can't be opened");
+        if (mpg123_open(mpg.get(), path.c_str()) != MPG123_OK) return Fail("the file can't be opened");
         int encoding = 0;
         long mpgRate = 0;
         int mpgChannels = 0;
-        if (mpg123_getformat(mpg, &mpgRate, &mpgChannels, &encoding) != MPG123_OK || mpgRate <= 0 || mpgChannels <= 0) {
+        if (mpg123_getformat(mpg.get(), &mpgRate, &mpgChannels, &encoding) != MPG123_OK || mpgRate <= 0 ||
+            mpgChannels <= 0) {
             return Fail("the file is not an MP3 file");
         }
         // A full scan gives the exact length, gapless trimming included.
-        if (mpg123_scan(mpg) != MPG123_OK) return Fail("the file is not an MP3 file");
-        off_t length = mpg123_length(mpg);
+        if (mpg123_scan(mpg.get()) != MPG123_OK) return Fail("the file is not an MP3 file");
+        off_t length = mpg123_length(mpg.get());
         frames = length > 0 ? static_cast<int64_t>(length) : 0;
         mpg123_frameinfo info{};
-        mpg123_info(mpg, &info);
+        mpg123_info(mpg.get(), &info);
         // libmpg123 trims when the file states the delay and padding.
         long delay = -1;
         double ignored = 0;
-        gapless = mpg123_getstate(mpg, MPG123_ENC_DELAY, &delay, &ignored) == MPG123_OK && delay >= 0;
+        gapless = mpg123_getstate(mpg.get(), MPG123_ENC_DELAY, &delay, &ignored) == MPG123_OK && delay >= 0;
         bitrate = info.vbr == MPG123_CBR ? info.bitrate * 1000 : info.abr_rate * 1000;
         if (bitrate == 0 && info.bitrate > 0) bitrate = info.bitrate * 1000;
         // What the stream tells of how it was made: its bitrate mode.
@@ -144,10 +140,10 @@ struct Decoder : qvc::LossyDecoderBase {
         const size_t want = 8192 * static_cast<size_t>(channels);
         block.resize(want);
         size_t done = 0;
-        int rc = mpg123_read(mpg, reinterpret_cast<unsigned char*>(block.data()), want * sizeof(float), &done);
+        int rc = mpg123_read(mpg.get(), reinterpret_cast<unsigned char*>(block.data()), want * sizeof(float), &done);
         if (rc == MPG123_NEW_FORMAT) rc = MPG123_OK;  // the format is fixed above
         if (rc != MPG123_OK && rc != MPG123_DONE) {
-            error = qvc::FromBytes(mpg123_strerror(mpg));
+            error = qvc::FromBytes(mpg123_strerror(mpg.get()));
             return -1;
         }
         size_t samples = done / sizeof(float);
@@ -164,7 +160,7 @@ struct Decoder : qvc::LossyDecoderBase {
     }
 
     bool Rewind(uint64_t frame) {
-        if (mpg == nullptr || mpg123_seek(mpg, static_cast<off_t>(frame), SEEK_SET) < 0) return false;
+        if (mpg == nullptr || mpg123_seek(mpg.get(), static_cast<off_t>(frame), SEEK_SET) < 0) return false;
         position = static_cast<int64_t>(frame);
         return true;
     }

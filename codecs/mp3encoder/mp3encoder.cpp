@@ -60,29 +60,20 @@ const char* ReadSettings(const std::u16string& options, Settings& settings) {
 }
 
 struct Encoder : qvc::EncoderBase {
-    lame_global_flags* lame = nullptr;
-    FILE* file = nullptr;
+    qvc::Owned<lame_global_flags, lame_close> lame;
+    qvc::OwnedFile file;
     std::string path;
     int channels = 0;
     std::vector<unsigned char> buffer;
     std::vector<qvc::Tag> tags;
 
-    ~Encoder() { Drop(); }
-
-    void Drop() {
-        if (lame != nullptr) lame_close(lame);
-        lame = nullptr;
-        if (file != nullptr) std::fclose(file);
-        file = nullptr;
-    }
-    bool Fail(const char* why) {
-        error = qvc::FromAscii(why);
-        Drop();
-        return false;
+    void Release() override {
+        lame.reset();
+        file.reset();
     }
     bool Write(const unsigned char* data, int size) {
         if (size < 0) return Fail("the MP3 encoder failed");
-        return std::fwrite(data, 1, static_cast<size_t>(size), file) == static_cast<size_t>(size) ||
+        return std::fwrite(data, 1, static_cast<size_t>(size), file.get()) == static_cast<size_t>(size) ||
                Fail("the output file can't be written (is the disk full?)");
     }
 
@@ -94,25 +85,25 @@ struct Encoder : qvc::EncoderBase {
         if (const char* bad = ReadSettings(record.optionString != nullptr ? record.optionString : u"", settings)) {
             return Fail(bad);
         }
-        lame = lame_init();
+        lame.reset(lame_init());
         if (lame == nullptr) return Fail("out of memory");
-        lame_set_num_channels(lame, channels);
-        lame_set_in_samplerate(lame, static_cast<int>(format.samplesPerSecond));
-        lame_set_mode(lame, channels == 1 ? MONO : settings.stereo);
-        if (channels == 2 && settings.stereo == MONO) lame_set_num_channels(lame, 2);
-        lame_set_VBR(lame, settings.mode);
+        lame_set_num_channels(lame.get(), channels);
+        lame_set_in_samplerate(lame.get(), static_cast<int>(format.samplesPerSecond));
+        lame_set_mode(lame.get(), channels == 1 ? MONO : settings.stereo);
+        if (channels == 2 && settings.stereo == MONO) lame_set_num_channels(lame.get(), 2);
+        lame_set_VBR(lame.get(), settings.mode);
         if (settings.mode == vbr_off) {
-            lame_set_brate(lame, settings.bitrate);
+            lame_set_brate(lame.get(), settings.bitrate);
         } else if (settings.mode == vbr_abr) {
-            lame_set_VBR_mean_bitrate_kbps(lame, settings.bitrate);
+            lame_set_VBR_mean_bitrate_kbps(lame.get(), settings.bitrate);
         } else {
-            lame_set_VBR_quality(lame, static_cast<float>(settings.quality));
+            lame_set_VBR_quality(lame.get(), static_cast<float>(settings.quality));
         }
-        lame_set_write_id3tag_automatic(lame, 0);
-        lame_set_bWriteVbrTag(lame, 1);
-        if (lame_init_params(lame) < 0) return Fail("LAME can't encode this rate with these settings");
+        lame_set_write_id3tag_automatic(lame.get(), 0);
+        lame_set_bWriteVbrTag(lame.get(), 1);
+        if (lame_init_params(lame.get()) < 0) return Fail("LAME can't encode this rate with these settings");
         path = qvc::FileName(record.outputPath);
-        file = qvc::OpenFile(record.outputPath, "wb");
+        file.reset(qvc::OpenFile(record.outputPath, "wb"));
         if (file == nullptr) return Fail("the output file can't be created");
         tags = qvc::ReadTagBlock(record.tags, record.tagsSize);
         format.acceptedTypes = QV_SAMPLES_FLOAT32;
@@ -123,9 +114,9 @@ struct Encoder : qvc::EncoderBase {
         buffer.resize(block.frames * 5 / 4 + 7200);  // LAME's worst case
         const auto* samples = static_cast<const float*>(block.samples);
         int bytes = channels == 2
-                        ? lame_encode_buffer_interleaved_ieee_float(lame, samples, static_cast<int>(block.frames),
+                        ? lame_encode_buffer_interleaved_ieee_float(lame.get(), samples, static_cast<int>(block.frames),
                                                                     buffer.data(), static_cast<int>(buffer.size()))
-                        : lame_encode_buffer_ieee_float(lame, samples, samples, static_cast<int>(block.frames),
+                        : lame_encode_buffer_ieee_float(lame.get(), samples, samples, static_cast<int>(block.frames),
                                                         buffer.data(), static_cast<int>(buffer.size()));
         return Write(buffer.data(), bytes);
     }
@@ -133,23 +124,22 @@ struct Encoder : qvc::EncoderBase {
     bool End(const qv_encoder_end_record& record) {
         if (lame == nullptr) return record.aborted != 0 || Fail("the output file is not open");
         if (record.aborted != 0) {
-            Drop();
+            Release();
             return true;
         }
         buffer.resize(7200);
-        if (!Write(buffer.data(), lame_encode_flush(lame, buffer.data(), static_cast<int>(buffer.size())))) {
+        if (!Write(buffer.data(), lame_encode_flush(lame.get(), buffer.data(), static_cast<int>(buffer.size())))) {
             return false;
         }
         // The LAME/Xing frame, now that the lengths are known, over the
         // placeholder LAME left at the start.
         std::vector<unsigned char> frame(2880);
-        size_t frameBytes = lame_get_lametag_frame(lame, frame.data(), frame.size());
+        size_t frameBytes = lame_get_lametag_frame(lame.get(), frame.data(), frame.size());
         if (frameBytes > 0 && frameBytes <= frame.size()) {
-            if (!qvc::Seek(file, 0)) return Fail("the output file can't be written (is the disk full?)");
+            if (!qvc::Seek(file.get(), 0)) return Fail("the output file can't be written (is the disk full?)");
             if (!Write(frame.data(), static_cast<int>(frameBytes))) return false;
         }
-        lame_close(lame);
-        lame = nullptr;
+        lame.reset();
         if (!CloseOutput(file)) return false;
         if (record.tags != nullptr) tags = qvc::ReadTagBlock(record.tags, record.tagsSize);
         if (tags.empty()) return true;

@@ -15,43 +15,35 @@
 namespace {
 
 struct Decoder : qvc::LossyDecoderBase {
-    OggOpusFile* opus = nullptr;
+    qvc::Owned<OggOpusFile, op_free> opus;
     std::vector<float> block;
 
-    ~Decoder() { Close(); }
-
-    void Close() {
-        if (opus != nullptr) op_free(opus);
-        opus = nullptr;
+    void Close() override {
+        opus.reset();
         channels = 0;
-    }
-    bool Fail(const char* why) {
-        error = qvc::FromAscii(why);
-        Close();
-        return false;
     }
 
     bool Open(const qv_char* name) {
         Close();
         position = 0;
         int rc = 0;
-        opus = op_open_file(qvc::FileName(name).c_str(), &rc);
+        opus.reset(op_open_file(qvc::FileName(name).c_str(), &rc));
         if (opus == nullptr) {
             return Fail(rc == OP_EFAULT || rc == OP_EREAD ? "the file can't be read"
                         : rc == OP_ENOTFORMAT             ? "the file is not an Opus file"
                                                           : "the Opus headers are damaged");
         }
-        const OpusHead* head = op_head(opus, -1);
+        const OpusHead* head = op_head(opus.get(), -1);
         if (head == nullptr || head->channel_count < 1 || head->channel_count > 8) {
             return Fail("the stream has a channel count that can't be played");
         }
         formatTag = 0x704F;  // Opus
         rate = 48000;
         channels = head->channel_count;
-        ogg_int64_t total = op_pcm_total(opus, -1);
+        ogg_int64_t total = op_pcm_total(opus.get(), -1);
         frames = total > 0 ? total : 0;
-        bitrate = op_bitrate(opus, -1);
-        qvc::TakeOggComments(op_tags(opus, -1), *this);
+        bitrate = op_bitrate(opus.get(), -1);
+        qvc::TakeOggComments(op_tags(opus.get(), -1), *this);
         return true;
     }
 
@@ -61,28 +53,23 @@ struct Decoder : qvc::LossyDecoderBase {
         int link = 0;
         int got = 0;
         do {
-            got = op_read_float(opus, block.data(), static_cast<int>(block.size()), &link);
+            got = op_read_float(opus.get(), block.data(), static_cast<int>(block.size()), &link);
         } while (got == OP_HOLE);  // a gap in the pages: the audio goes on after it
         if (got < 0) {
             error = u"the stream is damaged";
             return -1;
         }
         if (got == 0) return 0;
-        if (op_channel_count(opus, link) != channels) {
+        if (op_channel_count(opus.get(), link) != channels) {
             error = u"a chained stream changes its channel count";
             return -1;
         }
         qvc::ReorderChannels(block.data(), static_cast<size_t>(got), channels, true);
-        out->samples = block.data();
-        out->frames = static_cast<uint32_t>(got);
-        out->position = static_cast<uint64_t>(position);
-        position += got;
-        out->flags = frames > 0 && position >= frames ? QV_BLOCK_LAST : 0;
-        return 1;
+        return HandOut(block, got, out);
     }
 
     bool Rewind(uint64_t frame) {
-        if (opus == nullptr || op_pcm_seek(opus, static_cast<ogg_int64_t>(frame)) != 0) return false;
+        if (opus == nullptr || op_pcm_seek(opus.get(), static_cast<ogg_int64_t>(frame)) != 0) return false;
         position = static_cast<int64_t>(frame);
         return true;
     }

@@ -39,25 +39,17 @@ int Number(const std::u16string& text, int fallback, int low, int high) {
 }
 
 struct Encoder : qvc::EncoderBase {
-    FILE* file = nullptr;
-    OggOpusEnc* opus = nullptr;
+    qvc::OwnedFile file;
+    // Declared after the file it writes to, so it goes first.
+    qvc::Owned<OggOpusEnc, ope_encoder_destroy> opus;
     std::string path;
     int channels = 0;
     std::string beginTags;
     std::vector<float> reordered;
 
-    ~Encoder() { Drop(); }
-
-    void Drop() {
-        if (opus != nullptr) ope_encoder_destroy(opus);
-        opus = nullptr;
-        if (file != nullptr) std::fclose(file);
-        file = nullptr;
-    }
-    bool Fail(const char* why) {
-        error = qvc::FromAscii(why);
-        Drop();
-        return false;
+    void Release() override {
+        opus.reset();
+        file.reset();
     }
 
     bool Begin(qv_encoder_begin_record& record) {
@@ -69,27 +61,23 @@ struct Encoder : qvc::EncoderBase {
         if (bitrate < 0) return Fail("-bitrate takes 6 to 510 kbit/s");
         int complexity = Number(qvc::Option(options, u"complexity"), 10, 0, 10);
         if (complexity < 0) return Fail("-complexity takes 0 to 10");
-        OggOpusComments* comments = ope_comments_create();
+        qvc::Owned<OggOpusComments, ope_comments_destroy> comments(ope_comments_create());
         if (comments == nullptr) return Fail("out of memory");
         for (const std::string& line : qvc::OggCommentsFromTags(qvc::ReadTagBlock(record.tags, record.tagsSize))) {
-            ope_comments_add_string(comments, line.c_str());
+            ope_comments_add_string(comments.get(), line.c_str());
         }
         beginTags.assign(static_cast<const char*>(record.tags), record.tagsSize);
         path = qvc::FileName(record.outputPath);
-        file = qvc::OpenFile(record.outputPath, "wb");
-        if (file == nullptr) {
-            ope_comments_destroy(comments);
-            return Fail("the output file can't be created");
-        }
+        file.reset(qvc::OpenFile(record.outputPath, "wb"));
+        if (file == nullptr) return Fail("the output file can't be created");
         OpusEncCallbacks callbacks = {WriteToFile, CloseFile};
         int rc = 0;
-        opus =
-            ope_encoder_create_callbacks(&callbacks, file, comments, static_cast<opus_int32>(format.samplesPerSecond),
-                                         channels, channels <= 2 ? 0 : 1, &rc);
-        ope_comments_destroy(comments);
+        opus.reset(ope_encoder_create_callbacks(&callbacks, file.get(), comments.get(),
+                                                static_cast<opus_int32>(format.samplesPerSecond), channels,
+                                                channels <= 2 ? 0 : 1, &rc));
         if (opus == nullptr) return Fail("libopusenc can't encode this rate and channel count");
-        ope_encoder_ctl(opus, OPUS_SET_BITRATE(bitrate * 1000));
-        ope_encoder_ctl(opus, OPUS_SET_COMPLEXITY(complexity));
+        ope_encoder_ctl(opus.get(), OPUS_SET_BITRATE(bitrate * 1000));
+        ope_encoder_ctl(opus.get(), OPUS_SET_COMPLEXITY(complexity));
         format.acceptedTypes = QV_SAMPLES_FLOAT32;
         return true;
     }
@@ -102,7 +90,7 @@ struct Encoder : qvc::EncoderBase {
             qvc::ReorderChannels(reordered.data(), block.frames, channels, false);
             in = reordered.data();
         }
-        if (ope_encoder_write_float(opus, in, static_cast<int>(block.frames)) != OPE_OK) {
+        if (ope_encoder_write_float(opus.get(), in, static_cast<int>(block.frames)) != OPE_OK) {
             return Fail("the output file can't be written (is the disk full?)");
         }
         return true;
@@ -111,12 +99,12 @@ struct Encoder : qvc::EncoderBase {
     bool End(const qv_encoder_end_record& record) {
         if (opus == nullptr) return record.aborted != 0 || Fail("the output file is not open");
         if (record.aborted != 0) {
-            Drop();
+            Release();
             return true;
         }
-        if (ope_encoder_drain(opus) != OPE_OK) return Fail("the output file can't be written (is the disk full?)");
-        ope_encoder_destroy(opus);
-        opus = nullptr;
+        if (ope_encoder_drain(opus.get()) != OPE_OK)
+            return Fail("the output file can't be written (is the disk full?)");
+        opus.reset();
         if (!CloseOutput(file)) return false;
         const char* fault = qvc::RewriteOggTags<TagLib::Ogg::Opus::File>(path, beginTags, record.tags, record.tagsSize);
         return fault == nullptr || Fail(fault);

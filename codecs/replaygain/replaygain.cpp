@@ -75,8 +75,11 @@ double GatedLoudness(const std::vector<double>& energies) {
     return count == 0 ? -HUGE_VAL : 10.0 * std::log10(sum / static_cast<double>(count)) - 0.691;
 }
 
+// libebur128 frees a meter through a pointer to the handle.
+void DestroyMeter(ebur128_state* meter) { ebur128_destroy(&meter); }
+
 struct Effect : qvc::EffectBase {
-    ebur128_state* meter = nullptr;
+    qvc::Owned<ebur128_state, DestroyMeter> meter;
     bool isFloat = true;
     size_t channels = 0;
     uint64_t step = 0;  // frames in 100 ms, as the meter counts them
@@ -85,21 +88,17 @@ struct Effect : qvc::EffectBase {
     std::vector<double> blocks;  // energies of the gating blocks
     std::string tags;            // the tags the file came with
 
-    ~Effect() { Drop(); }
-    void Drop() {
-        if (meter != nullptr) ebur128_destroy(&meter);
-        meter = nullptr;
-    }
+    void Release() override { meter.reset(); }
 
     bool Begin(qv_begin_record& record, const std::u16string&) {
-        Drop();
+        Release();
         if (record.format == nullptr) return true;
         qv_audio_format& format = *record.format;
         channels = format.channels;
         isFloat = format.sampleType == QV_SAMPLES_FLOAT32;
         format.acceptedTypes = format.sampleType;  // either kind, untouched
-        meter = ebur128_init(static_cast<unsigned>(channels), format.samplesPerSecond,
-                             EBUR128_MODE_I | EBUR128_MODE_M | EBUR128_MODE_SAMPLE_PEAK);
+        meter.reset(ebur128_init(static_cast<unsigned>(channels), format.samplesPerSecond,
+                                 EBUR128_MODE_I | EBUR128_MODE_M | EBUR128_MODE_SAMPLE_PEAK));
         if (meter == nullptr) return Fail("the loudness meter can't take this rate and channel count");
         step = (format.samplesPerSecond + 5) / 10;
         fed = 0;
@@ -110,8 +109,8 @@ struct Effect : qvc::EffectBase {
     }
 
     bool Measure(const void* samples, size_t frames) {
-        int rc = isFloat ? ebur128_add_frames_float(meter, static_cast<const float*>(samples), frames)
-                         : ebur128_add_frames_int(meter, static_cast<const int*>(samples), frames);
+        int rc = isFloat ? ebur128_add_frames_float(meter.get(), static_cast<const float*>(samples), frames)
+                         : ebur128_add_frames_int(meter.get(), static_cast<const int*>(samples), frames);
         return rc == EBUR128_SUCCESS;
     }
 
@@ -133,7 +132,7 @@ struct Effect : qvc::EffectBase {
             fed += take;
             double momentary = 0;
             if (fed % step == 0 && fed >= 4 * step &&
-                ebur128_loudness_momentary(meter, &momentary) == EBUR128_SUCCESS) {
+                ebur128_loudness_momentary(meter.get(), &momentary) == EBUR128_SUCCESS) {
                 blocks.push_back(std::isfinite(momentary) ? std::pow(10.0, (momentary + 0.691) / 10.0) : 0.0);
             }
         }
@@ -145,7 +144,7 @@ struct Effect : qvc::EffectBase {
         double peak = 0;
         for (unsigned c = 0; c < channels; ++c) {
             double p = 0;
-            if (ebur128_sample_peak(meter, c, &p) == EBUR128_SUCCESS) peak = std::max(peak, p);
+            if (ebur128_sample_peak(meter.get(), c, &p) == EBUR128_SUCCESS) peak = std::max(peak, p);
         }
         return peak;
     }
@@ -157,20 +156,20 @@ struct Effect : qvc::EffectBase {
         char name[64];
         std::snprintf(name, sizeof name, "/replaygain-%d-%p", static_cast<int>(::getpid()), static_cast<void*>(this));
         std::string path = folder + name, partial = path + ".part";
-        FILE* file = std::fopen(partial.c_str(), "wb");
+        qvc::OwnedFile file(std::fopen(partial.c_str(), "wb"));
         if (file == nullptr) return;
-        bool ok = std::fwrite(&peak, sizeof peak, 1, file) == 1 &&
-                  std::fwrite(blocks.data(), sizeof(double), blocks.size(), file) == blocks.size();
-        ok = std::fclose(file) == 0 && ok;
+        bool ok = std::fwrite(&peak, sizeof peak, 1, file.get()) == 1 &&
+                  std::fwrite(blocks.data(), sizeof(double), blocks.size(), file.get()) == blocks.size();
+        ok = std::fclose(file.release()) == 0 && ok;
         if (!ok || std::rename(partial.c_str(), path.c_str()) != 0) std::remove(partial.c_str());
     }
 
     bool End() {
         if (meter == nullptr) return true;
         double loudness = -HUGE_VAL;
-        ebur128_loudness_global(meter, &loudness);
+        ebur128_loudness_global(meter.get(), &loudness);
         double peak = Peak();
-        Drop();
+        Release();
         std::vector<qvc::Tag> list = qvc::ReadTagBlock(tags.data(), tags.size());
         list.erase(std::remove_if(list.begin(), list.end(),
                                   [](const qvc::Tag& tag) {
@@ -196,14 +195,13 @@ struct Effect : qvc::EffectBase {
             while (dirent* entry = ::readdir(dir)) {
                 std::string name = entry->d_name;
                 if (name.rfind("replaygain-", 0) != 0 || name.find(".part") != std::string::npos) continue;
-                FILE* file = std::fopen((folder + "/" + name).c_str(), "rb");
+                qvc::OwnedFile file(std::fopen((folder + "/" + name).c_str(), "rb"));
                 if (file == nullptr) continue;
                 double value = 0;
-                if (std::fread(&value, sizeof value, 1, file) == 1) {
+                if (std::fread(&value, sizeof value, 1, file.get()) == 1) {
                     peak = std::max(peak, value);
-                    while (std::fread(&value, sizeof value, 1, file) == 1) energies.push_back(value);
+                    while (std::fread(&value, sizeof value, 1, file.get()) == 1) energies.push_back(value);
                 }
-                std::fclose(file);
             }
             ::closedir(dir);
         }

@@ -20,7 +20,7 @@ namespace {
 constexpr size_t kMaxFrames = 65536;
 
 struct Effect : qvc::EffectBase {
-    soxr_t soxr = nullptr;
+    qvc::Owned<struct soxr, soxr_delete> resampler;
     size_t channels = 0;
     std::vector<float> pending;  // resampled, not yet handed out
     size_t pendingAt = 0;        // in samples
@@ -28,14 +28,10 @@ struct Effect : qvc::EffectBase {
     uint64_t produced = 0;
     bool drained = false;
 
-    ~Effect() { Drop(); }
-    void Drop() {
-        if (soxr != nullptr) soxr_delete(soxr);
-        soxr = nullptr;
-    }
+    void Release() override { resampler.reset(); }
 
     bool Begin(qv_begin_record& record, const std::u16string& settings) {
-        Drop();
+        Release();
         if (record.format == nullptr) return true;
         qv_audio_format& format = *record.format;
         std::u16string rateText = qvc::Option(settings, u"rate");
@@ -51,10 +47,9 @@ struct Effect : qvc::EffectBase {
         soxr_error_t failure = nullptr;
         soxr_io_spec_t io = soxr_io_spec(SOXR_FLOAT32_I, SOXR_FLOAT32_I);
         soxr_quality_spec_t quality = soxr_quality_spec(SOXR_VHQ, 0);
-        soxr = soxr_create(format.samplesPerSecond, static_cast<double>(rate), static_cast<unsigned>(channels),
-                           &failure, &io, &quality, nullptr);
-        if (soxr == nullptr || failure != nullptr) {
-            Drop();
+        resampler.reset(soxr_create(format.samplesPerSecond, static_cast<double>(rate), static_cast<unsigned>(channels),
+                                    &failure, &io, &quality, nullptr));
+        if (resampler == nullptr || failure != nullptr) {
             return Fail("the resampler can't take this rate and channel count");
         }
         format.samplesPerSecond = static_cast<uint32_t>(rate);
@@ -73,8 +68,9 @@ struct Effect : qvc::EffectBase {
             size_t start = pending.size();
             pending.resize(start + kMaxFrames * channels);
             size_t idone = 0, odone = 0;
-            soxr_error_t failure = soxr_process(soxr, samples != nullptr ? samples + used * channels : nullptr,
-                                                frames - used, &idone, pending.data() + start, kMaxFrames, &odone);
+            soxr_error_t failure =
+                soxr_process(resampler.get(), samples != nullptr ? samples + used * channels : nullptr, frames - used,
+                             &idone, pending.data() + start, kMaxFrames, &odone);
             pending.resize(start + odone * channels);
             if (failure != nullptr) return Fail("the resampler failed");
             used += idone;
@@ -86,7 +82,7 @@ struct Effect : qvc::EffectBase {
     }
 
     int32_t Pass(const qv_audio_block* in, qv_audio_block* out) {
-        if (soxr == nullptr) return EffectBase::Pass(in, out);
+        if (resampler == nullptr) return EffectBase::Pass(in, out);
         if (in != nullptr) {
             if (!Feed(static_cast<const float*>(in->samples), in->frames)) return -1;
         } else if (!drained) {

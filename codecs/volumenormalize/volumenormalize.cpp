@@ -21,21 +21,20 @@
 
 namespace {
 
+// libebur128 frees a meter through a pointer to the handle.
+void DestroyMeter(ebur128_state* meter) { ebur128_destroy(&meter); }
+
 struct Effect : qvc::EffectBase {
     bool loudnessMode = false;
     double target = -1.0;
-    ebur128_state* meter = nullptr;
+    qvc::Owned<ebur128_state, DestroyMeter> meter;
     size_t channels = 0;
     float peak = 0;
     float gain = 1.0f;
     bool analysed = false;  // blocks of an analysis pass came in
     std::vector<float> buffer;
 
-    ~Effect() { Drop(); }
-    void Drop() {
-        if (meter != nullptr) ebur128_destroy(&meter);
-        meter = nullptr;
-    }
+    void Release() override { meter.reset(); }
 
     bool Begin(qv_begin_record& record, const std::u16string& settings) {
         if (record.format == nullptr) return true;
@@ -58,9 +57,9 @@ struct Effect : qvc::EffectBase {
         }
         peak = 0;
         gain = 1.0f;
-        Drop();
+        Release();
         if (loudnessMode) {
-            meter = ebur128_init(static_cast<unsigned>(channels), format.samplesPerSecond, EBUR128_MODE_I);
+            meter.reset(ebur128_init(static_cast<unsigned>(channels), format.samplesPerSecond, EBUR128_MODE_I));
             if (meter == nullptr) return Fail("the loudness meter can't take this rate and channel count");
         }
         return true;
@@ -70,7 +69,7 @@ struct Effect : qvc::EffectBase {
         analysed = true;
         const auto* samples = static_cast<const float*>(in.samples);
         for (size_t i = 0; i < in.frames * channels; ++i) peak = std::max(peak, std::fabs(samples[i]));
-        if (meter != nullptr && ebur128_add_frames_float(meter, samples, in.frames) != EBUR128_SUCCESS) {
+        if (meter != nullptr && ebur128_add_frames_float(meter.get(), samples, in.frames) != EBUR128_SUCCESS) {
             return Fail("the loudness meter failed");
         }
         return true;
@@ -80,14 +79,14 @@ struct Effect : qvc::EffectBase {
         double db = 0;
         if (loudnessMode) {
             double loudness = -HUGE_VAL;
-            if (meter != nullptr) ebur128_loudness_global(meter, &loudness);
+            if (meter != nullptr) ebur128_loudness_global(meter.get(), &loudness);
             db = std::isfinite(loudness) ? target - loudness : 0.0;  // silence stays silence
         } else {
             db = peak > 0 ? target - 20.0 * std::log10(peak) : 0.0;
         }
         double limit = peak > 0 ? -20.0 * std::log10(peak) : 0.0;
         gain = static_cast<float>(std::pow(10.0, std::min(db, limit) / 20.0));
-        Drop();
+        Release();
     }
 
     int32_t Pass(const qv_audio_block* in, qv_audio_block* out) {

@@ -27,36 +27,30 @@ int CloseFile(void* file) { return std::fclose(static_cast<FILE*>(file)); }
 long TellFile(void* file) { return static_cast<long>(qvc::Tell(static_cast<FILE*>(file))); }
 
 struct Decoder : qvc::LossyDecoderBase {
-    OggVorbis_File vorbis{};
+    OggVorbis_File vorbis{};  // libvorbisfile's state in a record of ours
     bool open = false;
     std::vector<float> block;
 
-    ~Decoder() { Close(); }
-
-    void Close() {
+    ~Decoder() override { Close(); }
+    void Close() override {
         if (open) ov_clear(&vorbis);
         open = false;
         channels = 0;
-    }
-    bool Fail(const char* why) {
-        error = qvc::FromAscii(why);
-        Close();
-        return false;
     }
 
     bool Open(const qv_char* name) {
         Close();
         position = 0;
-        FILE* file = qvc::OpenFile(name, "rb");
+        qvc::OwnedFile file(qvc::OpenFile(name, "rb"));
         if (file == nullptr) return Fail("the file can't be opened");
         ov_callbacks callbacks = {ReadFile, SeekFile, CloseFile, TellFile};
-        int rc = ov_open_callbacks(file, &vorbis, nullptr, 0, callbacks);
+        int rc = ov_open_callbacks(file.get(), &vorbis, nullptr, 0, callbacks);
         if (rc != 0) {
-            std::fclose(file);
             return Fail(rc == OV_ENOTVORBIS ? "the file is not an Ogg Vorbis file"
                         : rc == OV_EREAD    ? "the file can't be read"
                                             : "the Vorbis headers are damaged");
         }
+        file.release();  // libvorbisfile closes it from now on
         open = true;
         vorbis_info* info = ov_info(&vorbis, -1);
         if (info == nullptr || info->channels < 1 || info->channels > 8 || info->rate <= 0) {
@@ -96,12 +90,7 @@ struct Decoder : qvc::LossyDecoderBase {
             for (int c = 0; c < channels; ++c) block[static_cast<size_t>(f * channels + c)] = planes[c][f];
         }
         qvc::ReorderChannels(block.data(), static_cast<size_t>(got), channels, true);
-        out->samples = block.data();
-        out->frames = static_cast<uint32_t>(got);
-        out->position = static_cast<uint64_t>(position);
-        position += got;
-        out->flags = frames > 0 && position >= frames ? QV_BLOCK_LAST : 0;
-        return 1;
+        return HandOut(block, got, out);
     }
 
     bool Rewind(uint64_t frame) {

@@ -22,7 +22,7 @@ namespace {
 constexpr size_t kLargestHeaderComments = 1 << 20;
 
 struct Encoder : qvc::EncoderBase {
-    FILE* file = nullptr;
+    qvc::OwnedFile file;
     std::string path;
     int channels = 0;
     bool described = false;  // info and comment are initialised
@@ -35,9 +35,9 @@ struct Encoder : qvc::EncoderBase {
     std::string beginTags;
     std::vector<float> reordered;
 
-    ~Encoder() { Drop(); }
-
-    void Drop() {
+    // libvorbis keeps its state in records of ours, cleared by hand.
+    ~Encoder() override { Release(); }
+    void Release() override {
         if (started) {
             ogg_stream_clear(&stream);
             vorbis_block_clear(&block);
@@ -48,18 +48,13 @@ struct Encoder : qvc::EncoderBase {
             vorbis_info_clear(&info);
         }
         started = described = false;
-        if (file != nullptr) std::fclose(file);
-        file = nullptr;
-    }
-    bool Fail(const char* why) {
-        error = qvc::FromAscii(why);
-        Drop();
-        return false;
+        file.reset();
     }
     bool WritePage(const ogg_page& out) {
-        if (std::fwrite(out.header, 1, static_cast<size_t>(out.header_len), file) ==
+        if (std::fwrite(out.header, 1, static_cast<size_t>(out.header_len), file.get()) ==
                 static_cast<size_t>(out.header_len) &&
-            std::fwrite(out.body, 1, static_cast<size_t>(out.body_len), file) == static_cast<size_t>(out.body_len)) {
+            std::fwrite(out.body, 1, static_cast<size_t>(out.body_len), file.get()) ==
+                static_cast<size_t>(out.body_len)) {
             return true;
         }
         return Fail("the output file can't be written (is the disk full?)");
@@ -124,7 +119,7 @@ struct Encoder : qvc::EncoderBase {
         ogg_stream_init(&stream, std::rand());
         started = true;
         path = qvc::FileName(record.outputPath);
-        file = qvc::OpenFile(record.outputPath, "wb");
+        file.reset(qvc::OpenFile(record.outputPath, "wb"));
         if (file == nullptr) return Fail("the output file can't be created");
         ogg_packet identification, commentPacket, codebooks;
         vorbis_analysis_headerout(&dsp, &comment, &identification, &commentPacket, &codebooks);
@@ -156,7 +151,7 @@ struct Encoder : qvc::EncoderBase {
     bool End(const qv_encoder_end_record& record) {
         if (file == nullptr) return record.aborted != 0 || Fail("the output file is not open");
         if (record.aborted != 0) {
-            Drop();
+            Release();
             return true;
         }
         vorbis_analysis_wrote(&dsp, 0);  // the end of the stream
@@ -166,7 +161,7 @@ struct Encoder : qvc::EncoderBase {
             if (!WritePage(oggPage)) return false;
         }
         bool closed = CloseOutput(file);
-        Drop();
+        Release();
         if (!closed) return false;
         const char* fault =
             qvc::RewriteOggTags<TagLib::Ogg::Vorbis::File>(path, beginTags, record.tags, record.tagsSize);

@@ -45,7 +45,7 @@ double Extended(const unsigned char* p) {
 }
 
 struct Decoder : qvc::DecoderBase {
-    FILE* file = nullptr;
+    qvc::OwnedFile file;
     Container container = Container::Wave;
     bool bigEndian = false;
     bool isFloat = false;
@@ -65,21 +65,13 @@ struct Decoder : qvc::DecoderBase {
     std::vector<int32_t> ints;
     std::vector<float> floats;
 
-    void Close() {
-        if (file != nullptr) std::fclose(file);
-        file = nullptr;
-    }
-    bool Fail(const char* why) {
-        error = qvc::FromAscii(why);
-        Close();
-        return false;
-    }
+    void Close() override { file.reset(); }
     bool ReadAt(uint64_t offset, void* buffer, size_t count) {
-        return qvc::Seek(file, offset) && std::fread(buffer, 1, count, file) == count;
+        return qvc::Seek(file.get(), offset) && std::fread(buffer, 1, count, file.get()) == count;
     }
     uint64_t FileSize() {
-        if (std::fseek(file, 0, SEEK_END) != 0) return 0;
-        int64_t size = qvc::Tell(file);
+        if (std::fseek(file.get(), 0, SEEK_END) != 0) return 0;
+        int64_t size = qvc::Tell(file.get());
         return size > 0 ? static_cast<uint64_t>(size) : 0;
     }
 
@@ -310,7 +302,7 @@ struct Decoder : qvc::DecoderBase {
         channelMask = 0;
         bigEndian = false;
         position = 0;
-        file = qvc::OpenFile(name, "rb");
+        file.reset(qvc::OpenFile(name, "rb"));
         if (file == nullptr) return Fail("the file can't be opened");
         uint64_t size = FileSize();
         unsigned char head[40] = {};
@@ -381,7 +373,7 @@ struct Decoder : qvc::DecoderBase {
         size_t sampleCount = static_cast<size_t>(want) * channels;
         raw.resize(sampleCount * container_bytes);
         uint64_t offset = dataStart + position * channels * container_bytes;
-        if (!qvc::Seek(file, offset) || std::fread(raw.data(), 1, raw.size(), file) != raw.size()) {
+        if (!qvc::Seek(file.get(), offset) || std::fread(raw.data(), 1, raw.size(), file.get()) != raw.size()) {
             error = qvc::FromAscii("the audio data can't be read");
             return -1;
         }

@@ -60,7 +60,7 @@ struct Encoder : qvc::UncompressedWriter {
         channelMask = format.channelMask;
         if (channels == 0 || rate == 0) return Fail("the stream has no channels or no rate");
         if (const char* wrong = qvc::ChooseLayout(record, layout)) return Fail(wrong);
-        file = qvc::OpenFile(record.outputPath, "wb");
+        file.reset(qvc::OpenFile(record.outputPath, "wb"));
         if (file == nullptr) return Fail("the output file can't be created");
         std::string head = "RIFF";
         qvc::PutU32(head, 0);
@@ -121,7 +121,7 @@ struct Encoder : qvc::UncompressedWriter {
         qvc::PutU32(riff, rf64 ? 0xFFFFFFFFu : static_cast<uint32_t>(riffSize));
         std::string dataSize;
         qvc::PutU32(dataSize, rf64 ? 0xFFFFFFFFu : static_cast<uint32_t>(dataBytes));
-        bool ok = qvc::Seek(file, 0) && Write(riff) && qvc::Seek(file, dataAt - 4) && Write(dataSize);
+        bool ok = qvc::Seek(file.get(), 0) && Write(riff) && qvc::Seek(file.get(), dataAt - 4) && Write(dataSize);
         if (ok && rf64) {
             std::string ds64 = "ds64";
             qvc::PutU32(ds64, kJunkSize);
@@ -133,7 +133,7 @@ struct Encoder : qvc::UncompressedWriter {
             qvc::PutU32(ds64, static_cast<uint32_t>(frames));
             qvc::PutU32(ds64, static_cast<uint32_t>(frames >> 32));
             qvc::PutU32(ds64, 0);
-            ok = qvc::Seek(file, 12) && Write(ds64);
+            ok = qvc::Seek(file.get(), 12) && Write(ds64);
         }
         return Finish(ok);
     }
@@ -141,10 +141,7 @@ struct Encoder : qvc::UncompressedWriter {
 
 constexpr const char* kExtension = ".wav";
 // What "qvt plugins" shows of the options (see the top of this file).
-constexpr const char* kOptionHelp =
-    "-bits=\"8|16|24|32|float\"   the sample format written; without it the\n"
-    "                           stream's own: integer audio at its depth\n"
-    "                           (rounded up to whole bytes), float as float\n";
+constexpr const char* kOptionHelp = qvc::UncompressedWriter::kOptionHelp;
 constexpr bool kLossless = true;
 constexpr const char* kRequiredEffect = nullptr;
 uint64_t EstimatedSize(uint64_t lengthMs, const qv_stream_facts* facts) {

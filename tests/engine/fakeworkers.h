@@ -62,7 +62,7 @@ public:
     std::vector<std::unique_ptr<FakeWorkerState>> started;
     const char16_t* failure = nullptr;  // set: every start fails so
 
-    clWorkerLink* Start(const clString& commandLine, clString& failureLine) override {
+    std::unique_ptr<clWorkerLink> Start(const clString& commandLine, clString& failureLine) override {
         if (failure != nullptr) {
             failureLine = failure;
             return nullptr;
@@ -76,7 +76,7 @@ public:
             state->commandText = FromUtf16Le(ReadBytes(clString(file.c_str())));
         }
         started.push_back(std::move(state));
-        return new FakeWorker(*started.back());
+        return std::make_unique<FakeWorker>(*started.back());
     }
 };
 
