@@ -11,6 +11,9 @@
  *               before any output exists and without a word
  *   library=1   on the first block, writes a line of UTF-8 to standard
  *               error itself, as a codec library does
+ *   trace=DIR   writes DIR/<pid>.span with the milliseconds of the first
+ *               block and of the end, so a test sees which workers ran at
+ *               once
  * It sees the plug-in header and the C library, nothing of the program. */
 #ifndef _WIN32
 #define _POSIX_C_SOURCE 200809L
@@ -26,6 +29,7 @@
 #include <windows.h>
 #define fault_getpid _getpid
 static void fault_sleep(int ms) { Sleep((DWORD)ms); }
+static long long fault_now_ms(void) { return (long long)GetTickCount64(); }
 #else
 #include <time.h>
 #include <unistd.h>
@@ -34,12 +38,19 @@ static void fault_sleep(int ms) {
     struct timespec wait = {ms / 1000, (long)(ms % 1000) * 1000000L};
     nanosleep(&wait, NULL);
 }
+static long long fault_now_ms(void) {
+    struct timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return (long long)now.tv_sec * 1000 + now.tv_nsec / 1000000;
+}
 #endif
 
 #include "plugins/quillotone_plugin.h"
 
 typedef struct fault {
     char pidFile[1024];
+    char traceDir[1024];
+    long long firstBlockMs;
     int holdMs;
     int floodMb;
     int exitCode;
@@ -70,6 +81,7 @@ static void parse(fault* self, const qv_char* settings) {
         if (strcmp(item, "flood") == 0) self->floodMb = atoi(value);
         if (strcmp(item, "exit") == 0) self->exitCode = atoi(value) + 1;
         if (strcmp(item, "library") == 0) self->library = atoi(value);
+        if (strcmp(item, "trace") == 0 && strlen(value) < sizeof self->traceDir) strcpy(self->traceDir, value);
     }
 }
 
@@ -148,6 +160,7 @@ QV_EXPORT int32_t DSP_PassAudioBlock(uint64_t handle, const qv_audio_block* in, 
             fflush(stderr);
         }
         if (self->pidFile[0] != 0) write_pid(self);
+        self->firstBlockMs = fault_now_ms();
     }
     if (self->holdMs > 0) fault_sleep(self->holdMs);
     *out = *in;
@@ -158,7 +171,16 @@ QV_EXPORT int32_t DSP_PassNonLive(uint64_t handle, const qv_audio_block* in) {
     return 1;
 }
 QV_EXPORT int32_t DSP_EndConversion(uint64_t handle) {
-    (void)handle;
+    fault* self = (fault*)(uintptr_t)handle;
+    if (self->traceDir[0] != 0 && self->started) {
+        char path[1200];
+        snprintf(path, sizeof path, "%s/%d.span", self->traceDir, (int)fault_getpid());
+        FILE* file = fopen(path, "w");
+        if (file != NULL) {
+            fprintf(file, "%lld %lld\n", self->firstBlockMs, fault_now_ms());
+            fclose(file);
+        }
+    }
     return 1;
 }
 QV_EXPORT int32_t DSP_AfterConversion(uint64_t handle, const qv_after_record* record) {

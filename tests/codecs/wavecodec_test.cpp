@@ -270,3 +270,80 @@ TEST_F(WaveCodec, DamagedFilesFailWithTheirReasonAndNoOutput) {
     std::u16string log = Convert(u"huge.wav", huge);
     EXPECT_NE(log.find(u"the file ends before its audio does"), std::u16string::npos);
 }
+
+namespace {
+
+// The chunks of a RIFF (little-endian sizes) or FORM (big-endian) file, in
+// order, checked to fill the file exactly: every odd chunk padded with one
+// byte, the container's size field the file's length less 8.
+std::vector<std::pair<std::string, uint32_t>> WalkChunks(const std::string& file, bool bigEndian, std::string& fault) {
+    std::vector<std::pair<std::string, uint32_t>> chunks;
+    auto size = [&](size_t at) {
+        uint32_t v = 0;
+        for (int k = 0; k < 4; ++k) {
+            uint32_t b = static_cast<unsigned char>(file[at + k]);
+            v |= bigEndian ? b << (8 * (3 - k)) : b << (8 * k);
+        }
+        return v;
+    };
+    if (file.size() < 12) {
+        fault = "too short";
+        return chunks;
+    }
+    if (size(4) != file.size() - 8) fault = "the container's size is not the file's length less 8";
+    size_t at = 12;
+    while (at + 8 <= file.size()) {
+        uint32_t length = size(at + 4);
+        chunks.emplace_back(file.substr(at, 4), length);
+        at += 8 + length + (length & 1);
+        if (at > file.size()) fault = "chunk " + chunks.back().first + " runs past the end (no pad byte?)";
+    }
+    if (at != file.size()) fault = "the chunks do not end where the file does";
+    return chunks;
+}
+
+}  // namespace
+
+// Odd sizes everywhere: 8- and 24-bit mono with an odd number of frames,
+// one and eight channels, float. Each chunk is padded to even length, the
+// sizes add up to the file, the tags written after the audio are read
+// back, and the samples come back bit for bit through WAVE and AIFF.
+TEST_F(WaveCodec, OddSizedChunksArePaddedAndEverythingReadsBack) {
+    struct Case {
+        uint16_t channels;
+        uint16_t bytes;
+        bool isFloat;
+    } cases[] = {{1, 1, false}, {1, 3, false}, {8, 2, false}, {1, 4, true}, {8, 3, false}};
+    std::string info = "INFO";
+    info += Chunk("INAM", std::string("Odd\0", 4));
+    for (const Case& c : cases) {
+        const size_t frames = 10001;
+        std::string data = c.isFloat ? FloatSamples(frames * c.channels) : Samples(frames * c.channels, c.bytes);
+        std::string source = Riff(FormatBody(c.isFloat ? 3 : 1, c.channels, 44100, c.bytes, c.bytes * 8, c.channels > 2,
+                                             c.channels > 2 ? 0x63F : 0),
+                                  data, Chunk("LIST", info));
+        std::string label =
+            std::to_string(c.channels) + " ch " + std::to_string(c.bytes * 8) + (c.isFloat ? " float" : "");
+        Convert(u"odd.wav", source);
+        std::string wave = Output();
+        std::string fault;
+        std::vector<std::pair<std::string, uint32_t>> chunks = WalkChunks(wave, false, fault);
+        EXPECT_EQ(fault, "") << label;
+        EXPECT_EQ(FindChunk(wave, "data"), data) << label;
+        EXPECT_NE(FindChunk(wave, "LIST").find("Odd"), std::string::npos) << label;
+        // WAVE to WAVE again: the tags behind the audio are read back.
+        ASSERT_TRUE(WriteBytes(dir.File(u"again.wav"), wave));
+        CodecTest::Convert(u"again.wav", u"twice.wav", u"Wave");
+        std::string twice = ReadBytes(dir.File(u"twice.wav"));
+        EXPECT_EQ(FindChunk(twice, "data"), data) << label;
+        EXPECT_NE(FindChunk(twice, "LIST").find("Odd"), std::string::npos) << label;
+        // Through AIFF: the sound chunk padded too, and the samples back.
+        CodecTest::Convert(u"odd.wav", u"odd.aiff", u"AIFF");
+        std::string aiff = ReadBytes(dir.File(u"odd.aiff"));
+        fault.clear();
+        WalkChunks(aiff, true, fault);
+        EXPECT_EQ(fault, "") << label << " (AIFF)";
+        CodecTest::Convert(u"odd.aiff", u"back.wav", u"Wave");
+        EXPECT_EQ(FindChunk(ReadBytes(dir.File(u"back.wav")), "data"), data) << label << " (AIFF)";
+    }
+}

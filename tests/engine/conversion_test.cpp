@@ -361,3 +361,82 @@ TEST_F(ConversionTest, FinishingClosesByItselfForSkipErrorsOrAnActionAndTheActio
     SetSettingNumber(0, u"qvtSkipedFinish");
     SetSettingNumber(0, u"qvt-NoDisplayError");
 }
+
+// Remaining time and speed stay away for the first 4 s of a conversion
+// (exactly 4 s too), then both show; the row texts of a busy slot turn
+// over every 16 ticks of the display, never faster.
+TEST_F(ConversionTest, TimesAndSpeedWaitFourSecondsAndRowTextsTurnEverySixteenTicks) {
+    AddSources(2, u".wav", 1000);
+    clConversion c(input, services);
+    c.Open();
+    TickPastExamining(c);
+    const uint32_t start = c.startTick;
+    for (auto& w : launcher.started) w->out = u"MSGTO: qvt: PCDone: 40\r\n";
+    now = start + 3000;
+    c.Tick();
+    ASSERT_EQ(launcher.started.size(), 2u);
+    launcher.started[0]->out =
+        u"MSGTO: qvt: msLen: 60000\r\nMSGTO: qvt: Action: Converting\r\nMSGTO: qvt: ActionInput: in.wav\r\n"
+        u"MSGTO: qvt: PCDone: 40\r\n";
+    launcher.started[1]->out = u"MSGTO: qvt: msLen: 60000\r\nMSGTO: qvt: PCDone: 40\r\n";
+    c.Tick();
+    EXPECT_EQ(U(c.remainingText), u"") << "at 3 s";
+    EXPECT_EQ(U(c.speedText), u"") << "at 3 s";
+    now = start + 4000;
+    c.Tick();
+    EXPECT_EQ(U(c.remainingText), u"") << "at exactly 4 s";
+    EXPECT_EQ(U(c.speedText), u"") << "at exactly 4 s";
+    now = start + 5000;
+    c.Tick();
+    EXPECT_NE(U(c.remainingText), u"") << "at 5 s";
+    EXPECT_NE(U(c.speedText), u"") << "at 5 s";
+    // The row: "Converting" until the 16th tick of the slot's text, then
+    // the input.
+    std::u16string first = U(c.slots[0].displayText);
+    int ticks = 0;
+    while (U(c.slots[0].displayText) == first && ticks < 40) {
+        now += 50;
+        c.Tick();
+        ++ticks;
+    }
+    EXPECT_EQ(U(c.slots[0].displayText), u"in.wav");
+    // Counted from the job's start: the 16th turn of the slot's text.
+    EXPECT_EQ(c.slots[0].textTick, 16u) << "after " << ticks << " more ticks";
+}
+
+// Values that only pass through reach the workers: every stored priority
+// reaches a newly started worker's options, at the start and after a
+// change from the menu.
+TEST_F(ConversionTest, EachStoredPriorityReachesTheWorkersStartedAfterIt) {
+    const char16_t* expected[] = {u"", u"high", u"low", u"idle"};
+    for (uint32_t code = 0; code < 4; ++code) {
+        launcher.started.clear();
+        clConversionInput fresh;
+        for (int i = 0; i < 3; ++i) fresh.sources.Add(new clSourceFile(dir.File(u"a.wav")));
+        SetSettingNumber(code, u"qvtPriority");
+        services.processorCount = 1;
+        clConversion c(fresh, services);
+        c.Open();
+        TickPastExamining(c);
+        now += 50;
+        c.Tick();
+        ASSERT_EQ(launcher.started.size(), 1u);
+        EXPECT_EQ(OptionOf(launcher.started[0]->commandText, u"priority"), expected[code]) << code;
+        // A change applies to the running worker and to the next one.
+        int32_t next = static_cast<int32_t>((code + 1) % 4);
+        c.SetPriority(next);
+        now += 50;
+        c.Tick();
+        EXPECT_EQ(launcher.started[0]->priority, next);
+        launcher.started[0]->ended = true;
+        now += 50;
+        c.Tick();
+        ASSERT_EQ(launcher.started.size(), 2u);
+        EXPECT_EQ(OptionOf(launcher.started[1]->commandText, u"priority"), expected[next]) << code;
+        EXPECT_EQ(GetSettingNumber(u"qvtPriority"), static_cast<uint32_t>(next));
+        c.RequestCancel();
+        for (auto& w : launcher.started) w->ended = true;
+        for (int i = 0; i < 100 && !c.closed; ++i) Step(c);
+    }
+    SetSettingNumber(0, u"qvtPriority");
+}

@@ -116,3 +116,41 @@ TEST(EncoderBatch, ScratchFoldersGoAtTheEndAndWithACancelledBatch) {
     EXPECT_FALSE(PathExists(kept));
     EXPECT_EQ(batch.batchId, 0);
 }
+
+// Nothing in the program sets `stripEffects`, so this reaches the branch
+// by hand: with it, an encoder that is not lossless loses the ReplayGain
+// effects (their first settings kept) and every encoder but "Test
+// Conversion" the verification; "[ReplayGain]" keeps ReplayGain. Without
+// it the chain stays whole. The encoder's required effect comes last.
+TEST(EncoderBatch, StrippingTakesReplayGainAndVerificationOutOnlyWhenAsked) {
+    const clString chain(
+        u" -dspeffect1=\"ReplayGain=-mode={qt}album{qt}\" -dspeffect2=\"Resample=-rate=48000\""
+        u" -dspeffect3=\"Verify Output Integrity=\" -dspeffect4=\"ReplayGain=-second\"");
+    {
+        clEncoderBatch batch;
+        clString effects(chain);
+        PrepareEncoderBatch(batch, effects, clString(u"Zeta"), clString(), PlatformTickCount);
+        EXPECT_EQ(U(effects), U(chain) + u" -dspeffect5=\"Bit Depth=-bits=16\"") << "left whole";
+        EXPECT_FALSE(batch.verifyRequested);
+        EXPECT_EQ(U(batch.replayGainOptions), u"");
+    }
+    {
+        clEncoderBatch batch;
+        batch.stripEffects = true;
+        clString effects(chain);
+        PrepareEncoderBatch(batch, effects, clString(u"Zeta"), clString(), PlatformTickCount);
+        EXPECT_EQ(U(effects), u" -dspeffect1=\"Resample=-rate=48000\" -dspeffect2=\"Bit Depth=-bits=16\"");
+        EXPECT_EQ(U(batch.replayGainOptions), u"-mode=\"album\"");
+        EXPECT_TRUE(batch.verifyRequested);
+        EXPECT_EQ(U(batch.dspEffects), U(effects));
+    }
+    {
+        clEncoderBatch batch;
+        batch.stripEffects = true;
+        clString effects(chain);
+        PrepareEncoderBatch(batch, effects, clString(u"[ReplayGain]"), clString(), PlatformTickCount);
+        EXPECT_EQ(U(batch.replayGainOptions), u"");
+        EXPECT_NE(U(effects).find(u"ReplayGain=-mode"), std::u16string::npos);
+        EXPECT_EQ(U(effects).find(u"Verify Output Integrity"), std::u16string::npos);
+    }
+}

@@ -257,3 +257,29 @@ TEST(MainFlow, NamingExtrasBecomeTheExtrasTagList) {
     EXPECT_EQ(U(globalNamingExtras.GetTagValue(u"[sub]")), u"A\\B");
     globalNamingExtras.Clear();
 }
+
+// The overwrite mode and the console flag only pass through to the
+// conversion; each spelling lands on its mode, anything else asks.
+TEST(MainFlow, OverwriteModeAndConsolePassThrough) {
+    struct Case {
+        const char16_t* option;
+        int32_t mode;
+    } cases[] = {{u" -overwrite=always", 2},
+                 {u" -overwrite=SKIP", 1},
+                 {u" -overwrite=ask", 0},
+                 {u" -overwrite=maybe", 0},
+                 {u"", 0}};
+    for (const Case& c : cases) {
+        globalOverwriteMode = 99;
+        globalConsole = false;
+        if (c.option[0] == 0) globalOverwriteMode = 0;
+        clConversionInput input;
+        Recorder r;
+        std::u16string line = u"\"TC\" -skip_ready_to_conv -console" + std::u16string(c.option);
+        HandleCommandLine(clString(line.c_str()), input, r.Stages());
+        EXPECT_EQ(globalOverwriteMode, c.mode) << std::string(line.begin(), line.end());
+        EXPECT_TRUE(globalConsole);
+    }
+    globalConsole = false;
+    globalOverwriteMode = 0;
+}

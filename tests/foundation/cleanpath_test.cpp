@@ -78,6 +78,25 @@ TEST(CleanPath, LongComponentsKeepTheirExtension) {
     EXPECT_EQ(Clean(folder.text, Win).Length(), 3 + 254 + 1 + 5);
 }
 
+// The name limit at its edge: 254 characters stay as they are, 255 lose
+// one, in either syntax.
+TEST(CleanPath, NamesOfTwoHundredFiftyFourStayAndTwoHundredFiftyFiveLoseOne) {
+    for (const clPathSyntax* syntax : {&Win, &Posix}) {
+        const char16_t* root = syntax->IsWindows() ? u"C:\\" : u"/";
+        for (int length : {253, 254}) {
+            clString name = Repeat(u'n', length - 4);
+            name.Append(u".wav");
+            clString path(root, name.text);
+            EXPECT_EQ(U(Clean(path.text, *syntax)), U(path)) << length;
+        }
+        clString name = Repeat(u'n', 251);
+        name.Append(u".wav");
+        clString cleaned = Clean(clString(root, name.text).text, *syntax);
+        EXPECT_EQ(cleaned.Length(), clTextLength(root) + 254);
+        EXPECT_EQ(U(cleaned.Right(4)), u".wav");
+    }
+}
+
 TEST(CleanPath, PosixLimitsCountUtf8Bytes) {
     clString name = Repeat(u'\u00e9', 150);  // 300 bytes in UTF-8
     clString path(u"/m/", name.text);

@@ -64,6 +64,14 @@ TEST(ExpandNaming, Conditionals) {
     EXPECT_EQ(Expand(u"[IFCOMP]x[]", {{u"compilation", u"no"}}), u"");
     EXPECT_EQ(Expand(u"[IFCOMP]x[]|[compilation]", {{u"compilation", u"YES"}}), u"x|1");
     EXPECT_EQ(Expand(u"[IF!COMP]x[]"), u"x");
+    // Not a compilation: empty, "0", "false" and "no" in any case; any other
+    // number is, and reads as "1".
+    for (const char16_t* no : {u"", u"0", u"false", u"FALSE", u"No", u"nO"}) {
+        EXPECT_EQ(Expand(u"[IFCOMP]c[][IF!COMP]n[]", {{u"compilation", no}}), u"n")
+            << std::string(no, no + clTextLength(no));
+    }
+    EXPECT_EQ(Expand(u"[IFCOMP]c[]|[compilation]", {{u"compilation", u"2"}}), u"c|1");
+    EXPECT_EQ(Expand(u"[IFCOMP]c[]|[compilation]", {{u"compilation", u"-1"}}), u"c|1");
     EXPECT_EQ(Expand(u"[IFMULTI]m[][IF!MULTI]s[]", {{u"disc", u"1/2"}}), u"m");
     EXPECT_EQ(Expand(u"[IFMULTI]m[][IF!MULTI]s[]", {{u"disc", u"3"}}), u"s");
     EXPECT_EQ(Expand(u"[IFEQUALS]genre,Rock,x[]", {{u"genre", u"Pop\rRock"}}), u"x");

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstring>
 #include <string>
 #include <thread>
 
@@ -194,6 +195,39 @@ TEST_F(Worker, CancelStopsWithinAFractionOfASecondAndLeavesNothing) {
     EXPECT_FALSE(outcome.Says(u"Error"));
     EXPECT_TRUE(ReadBytes(clString(target.c_str())).empty());
     EXPECT_EQ(FilesBesides(), 0);
+}
+
+// A cancel that comes at the very end, while the effects finish (their
+// EndConversion) or after the encoder closed (AfterConversion, just ahead
+// of the rename), still leaves no output and no temporary file.
+TEST_F(Worker, ACancelAtTheVeryEndLeavesNothing) {
+    ASSERT_TRUE(WriteBytes(clString(source.c_str()), Pcm16(5000, 2)));
+    ASSERT_TRUE(WriteBytes(clString(target.c_str()), "old output"));
+    for (const char* where : {"end", "after"}) {
+        clString hold = dir.File(clString::Formatted(u"hold-%d", static_cast<int>(std::strlen(where))).text);
+        ASSERT_TRUE(MakeFolders(hold));
+        std::u16string name = u"qvtest-late-" + std::u16string(clString(std::rand()).text);
+        XEvent cancel;
+        ASSERT_TRUE(cancel.Create(name.c_str()));
+        std::u16string setting = std::u16string(where, where + std::strlen(where)) + u"|" + std::u16string(hold.text);
+        std::thread trigger([&] {
+            // When the effect holds, the audio is all written.
+            for (int i = 0; i < 1000 && !PathExists(JoinPath(hold, clString(u"holding"))); ++i) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            }
+            cancel.Set();
+            // The worker looks at the event every 50 ms.
+            std::this_thread::sleep_for(std::chrono::milliseconds(300));
+            WriteBytes(JoinPath(hold, clString(u"release")), "");
+        });
+        Outcome outcome = Run(Options(u" -dspeffect1=\"Test late=" + setting + u"\"", u"Raw PCM", name));
+        trigger.join();
+        EXPECT_TRUE(PathExists(JoinPath(hold, clString(u"holding")))) << where;
+        EXPECT_EQ(outcome.exitCode, 3) << where << ": " << std::string(outcome.output.begin(), outcome.output.end());
+        EXPECT_FALSE(outcome.Says(u"OutputReady")) << where;
+        EXPECT_EQ(ReadBytes(clString(target.c_str())), "old output") << where;
+        EXPECT_EQ(FilesBesides(), 0) << where;
+    }
 }
 
 TEST(WorkerHelp, ExplainsTheCommandFile) {

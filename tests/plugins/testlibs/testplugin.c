@@ -11,8 +11,13 @@
  *                     QV_TEST_SLOW an audio effect that passes each block
  *                     after 20 ms, with QV_TEST_CRASH one that crashes on
  *                     the first block, with QV_TEST_FAILING one that fails
- *                     it
+ *                     it, with QV_TEST_LATE one that holds the end of the
+ *                     conversion: its settings "end|DIR" or "after|DIR"
+ *                     make it write DIR/holding in EndConversion or in
+ *                     AfterConversion and wait there until DIR/release
+ *                     exists (10 s at most)
  * It sees nothing but the plug-in header. */
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <time.h>
@@ -23,6 +28,8 @@ typedef struct instance {
     qv_char text[256];
     qv_char text2[256];
     unsigned char block[512];
+    char holdAt[8]; /* "end" or "after" */
+    char holdDir[512];
 } instance;
 
 static uint64_t make(const qv_log_record* log) {
@@ -30,7 +37,7 @@ static uint64_t make(const qv_log_record* log) {
     return (uint64_t)(uintptr_t)calloc(1, sizeof(instance));
 }
 
-#ifdef QV_TEST_SLOW
+#if defined(QV_TEST_SLOW) || defined(QV_TEST_LATE)
 /* Standard C only: busy for `ms` of processor time, which here is as
  * good as wall time. */
 static void pause_ms(int ms) {
@@ -211,7 +218,19 @@ QV_EXPORT const qv_char* DSP_RemoveConfigBit(uint64_t handle, void* parent) {
 /* Appends "edited" = the settings to the tag block it is given. */
 QV_EXPORT int32_t DSP_BeginConversion(uint64_t handle, qv_begin_record* record, const qv_char* settings) {
     instance* self = (instance*)(uintptr_t)handle;
-#if defined(QV_TEST_SLOW) || defined(QV_TEST_CRASH) || defined(QV_TEST_FAILING)
+#ifdef QV_TEST_LATE
+    /* "end|DIR" or "after|DIR", ASCII. */
+    {
+        size_t i = 0, o = 0;
+        for (; settings[i] != 0 && settings[i] != '|' && o + 1 < sizeof self->holdAt; ++i)
+            self->holdAt[o++] = (char)settings[i];
+        self->holdAt[o] = 0;
+        if (settings[i] == '|') ++i;
+        for (o = 0; settings[i] != 0 && o + 1 < sizeof self->holdDir; ++i) self->holdDir[o++] = (char)settings[i];
+        self->holdDir[o] = 0;
+    }
+#endif
+#if defined(QV_TEST_SLOW) || defined(QV_TEST_CRASH) || defined(QV_TEST_FAILING) || defined(QV_TEST_LATE)
     (void)self, (void)record, (void)settings;
     return 1;
 #endif
@@ -237,7 +256,29 @@ QV_EXPORT int32_t DSP_BeginConversion(uint64_t handle, qv_begin_record* record, 
     record->tagsSize = size + entry;
     return 1;
 }
+#ifdef QV_TEST_LATE
+/* Says it holds, then waits for the test to let it go. */
+static void hold(const instance* self, const char* where) {
+    char path[600];
+    if (strcmp(self->holdAt, where) != 0) return;
+    snprintf(path, sizeof path, "%s/holding", self->holdDir);
+    FILE* file = fopen(path, "w");
+    if (file != NULL) fclose(file);
+    snprintf(path, sizeof path, "%s/release", self->holdDir);
+    for (int waited = 0; waited < 10000; waited += 10) {
+        FILE* release = fopen(path, "r");
+        if (release != NULL) {
+            fclose(release);
+            return;
+        }
+        pause_ms(10);
+    }
+}
+#endif
 QV_EXPORT int32_t DSP_EndConversion(uint64_t handle) {
+#ifdef QV_TEST_LATE
+    hold((const instance*)(uintptr_t)handle, "end");
+#endif
     (void)handle;
     return 1;
 }
@@ -264,6 +305,9 @@ QV_EXPORT int32_t DSP_PassNonLive(uint64_t handle, const qv_audio_block* in) {
     return 1;
 }
 QV_EXPORT int32_t DSP_AfterConversion(uint64_t handle, const qv_after_record* record) {
+#ifdef QV_TEST_LATE
+    hold((const instance*)(uintptr_t)handle, "after");
+#endif
     (void)handle, (void)record;
     return 1;
 }
