@@ -189,7 +189,7 @@ bool clConversion::TickDue() {
     return false;
 }
 
-void clConversion::Tick() {
+void clConversion::Tick(bool display) {
     if (inTick) return;
     inTick = true;
     const bool paused = pausePressed;
@@ -199,7 +199,7 @@ void clConversion::Tick() {
         while (activeSlots < targetSlots) slots[activeSlots++].hidden = false;
     }
     for (int64_t i = 0; i < slots.Count(); ++i) slots[i].Tick(paused, stateNow == kStateCancelling, priorityCode);
-    if (state != kStateFinished) {
+    if (state != kStateFinished && display) {
         const uint32_t now = services.tickCount();
         for (int64_t i = 0; i < slots.Count(); ++i) {
             clWorkerSlot& slot = slots[i];
@@ -298,7 +298,10 @@ void clConversion::UpdateProgress() {
     const int64_t doneBytes = ProgressBytes();
     int32_t now = ProgressHundredths(doneBytes, totalBytes);
     if (now > progress) progress = now;
-    progressTitle = clString::Formatted(u"[%d%%] Quillotone Converting", progress / 100);
+    // The window's text, and the title strip's form of it (the number in
+    // two places).
+    windowTitle = clString::Formatted(u"[%d%%] Quillotone Converting", progress / 100);
+    progressTitle = clString::Formatted(u"[%2d%%] Quillotone Converting", progress / 100);
     const uint32_t tick = services.tickCount();
     int64_t elapsed = ElapsedMs(tick, startTick, pausePressed, pauseStart);
     elapsedText = TimeText(elapsed / 1000, true);
@@ -437,6 +440,7 @@ void clConversion::EndFinishing() {
 }
 
 void clConversion::CloseWindow() {
+    if (services.closing) services.closing();
     if (afterAction != kAfterNothing) {
         // The action goes first; the logs show only if the system still
         // lets this program do so. A refused action is passed over.

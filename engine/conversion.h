@@ -46,6 +46,9 @@ struct clConversionServices {
     // Jobs that shared an output with an earlier job of the run and got a
     // name of their own (output path before, new path after).
     std::function<void(const clOverwriteItems& renamed)> tellRenamed;
+    // The view is about to close: it keeps its place (before any power
+    // action or log window).
+    std::function<void()> closing;
     // The final showing of the logs; called only when one isn't empty.
     std::function<void(const clLogEntries& errors, const clLogEntries& infos)> showLogs;
 
@@ -102,7 +105,7 @@ public:
     clString elapsedText;
     clString remainingText;
     clString windowTitle;
-    clString progressTitle;  // "[42%] Quillotone Converting"
+    clString progressTitle;  // the title strip's text: "[ 4%] Quillotone Converting"
     clString cancelButtonText;
     bool pausePressed = false;
     bool pauseEnabled = true;
@@ -116,8 +119,11 @@ public:
     // Reads the settings, plans the slots and starts examining.
     void Open();
     // The 50 ms timer. A tick that starts while one is in progress (a
-    // question asked from within it) returns at once.
-    void Tick();
+    // question asked from within it) returns at once. An early tick (a
+    // view woken by TickDue between two timer ticks) passes `display`
+    // false: it harvests and dispatches but leaves the rows alone, so that
+    // their texts still turn over every 16 ticks of 50 ms.
+    void Tick(bool display = true);
     // True when the next tick has work waiting: the examination is done, a
     // slot is free for a job (a worker gone, a copy done), or the
     // finishing is. A view may tick early then, so that a core does not

@@ -154,7 +154,7 @@ void SignalGotFilesEvent(const clString& eventName) {
     if (event.Create(eventName.text)) event.Set();
 }
 
-int TrackConverterMain() {
+int TrackConverterMain(const clMainFlowStages& stages) {
     clString dumpFolder = GetSpecialFolder(clFolderAppData);
     AddBackslash(dumpFolder);
     dumpFolder.Append(u"qvt");
@@ -166,7 +166,7 @@ int TrackConverterMain() {
         clConversionInput input;
         clString commandLine;
         PlatformGetCommandLine(commandLine);
-        RunMainFlow(commandLine, input, clMainFlowStages::Defaults());
+        RunMainFlow(commandLine, input, stages);
     }
     PlatformUninitializeComponents();
     return globalExitCode;
@@ -180,9 +180,10 @@ void LoadNamingExtras(const clByteBuffer& block) { globalNamingExtras.LoadBlock(
 // does nothing until it is.
 void RunOpenFileDialog(clConversionInput& /*input*/) {}
 bool RunOptionsWindow(clConversionInput& /*input*/) { return false; }
-// Until the conversion has a window, it is shown on the terminal. An
-// interrupt (Ctrl-C) asks whether to cancel, the way the Cancel button
-// does: running workers are asked to stop, and nothing half-written stays.
+// The terminal view of the conversion, for machines without a display and
+// for -console. An interrupt (Ctrl-C) asks whether to cancel, the way the
+// Cancel button does: running workers are asked to stop, and nothing
+// half-written stays.
 void RunConversionWindow(clConversionInput& input) {
     clTerminalView view(clTerminalIo::Process(), static_cast<clOverwriteMode>(globalOverwriteMode));
     int code = view.Run(input, clConversionServices::Defaults());

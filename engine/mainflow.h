@@ -55,9 +55,9 @@ constexpr const char16_t* clProgramCaption = u"Quillotone Track Converter";
 bool HandleCommandLine(const clString& commandLine, clConversionInput& input, const clMainFlowStages& stages);
 // Runs the main flow once with the process's command line text.
 void RunMainFlow(const clString& commandLine, clConversionInput& input, const clMainFlowStages& stages);
-// The process entry: start-up, main flow, end. Returns 0, or with
-// -console the outcome of the conversion.
-int TrackConverterMain();
+// The process entry: start-up, main flow with these stages, end. Returns
+// 0, or with -console the outcome of the conversion.
+int TrackConverterMain(const clMainFlowStages& stages);
 
 // The accepted extensions: those the decoder libraries list.
 void AddDecoderExtensions(clConversionInput& input);
@@ -67,5 +67,6 @@ void LoadNamingExtras(const clByteBuffer& block);
 // Seams: stages whose subsystems come later. Each does nothing yet.
 void RunOpenFileDialog(clConversionInput& input);
 bool RunOptionsWindow(clConversionInput& input);
+// The conversion on the terminal, as it is shown without a display.
 void RunConversionWindow(clConversionInput& input);
 void InstallCrashCapture(const clString& dumpFolder);

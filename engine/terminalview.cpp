@@ -314,10 +314,16 @@ int clTerminalView::Run(clConversionInput& input, clConversionServices services)
     current = &conversion;
     conversion.Open();
     uint32_t interrupts = io.interruptCount();
+    int sinceDisplayTick = 50;
     while (!conversion.closed) {
         // A tick every 50 ms, or sooner when work waits for it: the next
         // file then starts at once.
-        for (int waited = 0; waited < 50 && !conversion.TickDue(); waited += 5) io.sleep(5);
+        // Only a tick that closes 50 ms turns the rows' texts.
+        int waited = 0;
+        for (; waited < 50 && !conversion.TickDue(); waited += 5) io.sleep(5);
+        sinceDisplayTick += waited;
+        const bool displayTick = sinceDisplayTick >= 50;
+        if (displayTick) sinceDisplayTick = 0;
         uint32_t count = io.interruptCount();
         if (Terminated(&conversion)) {
             interrupts = count;
@@ -326,7 +332,7 @@ int clTerminalView::Run(clConversionInput& input, clConversionServices services)
             OnInterrupt(conversion);
         }
         ReadCancelAnswer(conversion);
-        conversion.Tick();
+        conversion.Tick(displayTick);
         if (conversion.state == kStateFinished && !conversion.closed) {
             // Nobody is there to press "Finish": the last picture stays.
             Draw(conversion, true);

@@ -91,7 +91,10 @@ clString& clString::operator=(clString&& other) noexcept {
     return *this;
 }
 
-bool clString::OnSentinel() const { return text == &kSentinel; }
+// By capacity, not by address: a string made in another module (the
+// toolkit library links its own copy of this code) points at that
+// module's sentinel, and must still never be freed here.
+bool clString::OnSentinel() const { return capacity == 0; }
 
 void clString::TakeBuffer(int32_t characters) {
     if (characters < 1) characters = 1;

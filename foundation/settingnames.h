@@ -33,6 +33,9 @@ constexpr clNumberSetting kSkipFinishSetting{u"qvtSkipedFinish", 0};
 constexpr clNumberSetting kDisplayInfoSetting{u"qvt-DisplayInfo", 0};
 // The error log is not shown at the end.
 constexpr clNumberSetting kNoDisplayErrorSetting{u"qvt-NoDisplayError", 0};
+// The conversion window's left and top at its last closing, screen pixels.
+constexpr clNumberSetting kWindowXSetting{u"qvt-X", 0};
+constexpr clNumberSetting kWindowYSetting{u"qvt-Y", 0};
 // Where workers write their temporary output; empty: beside the output.
 constexpr clTextSetting kTempFileLocationSetting{u"QvTempFileLocation"};
 // The path cleaner's character table; empty: its default table.

@@ -1,0 +1,78 @@
+#include "frontend/conversionstage.h"
+
+#include "engine/globals.h"
+#include "engine/mainflow.h"
+#include "engine/terminalview.h"
+#include "foundation/messagebox.h"
+#include "frontend/frmconverting.h"
+#include "toolkit/application.h"
+
+bool ConversionHasWindow() { return !globalConsole && ToolkitHasDisplay() && ToolkitStart(); }
+
+void UseToolkitMessageBoxes() {
+    SetMessageBoxHandler([](const clString& text, const clString& caption, uint32_t type) {
+        return static_cast<int>(ToolkitMessageBox(nullptr, text, caption, type));
+    });
+}
+
+clConversionServices WindowServices() {
+    clConversionServices services = clConversionServices::Defaults();
+    services.askCancel = [] {
+        return clMessageBox(u"Cancel Conversion?", clString(clProgramCaption), 0x24) == clIdYes;
+    };
+    const auto mode = static_cast<clOverwriteMode>(globalOverwriteMode);
+    services.askOverwrite = [mode](clOverwriteItems& items) {
+        int64_t existing = 0;
+        clString list;
+        for (int64_t i = 0; i < items.Count(); ++i) {
+            if (items[i].exists == 0) continue;
+            if (++existing <= 10) {
+                list.Append(u"\r\n");
+                list.Append(items[i].newPath);
+            }
+        }
+        if (existing == 0 || mode == kOverwriteAlways) return true;
+        int answer = clIdNo;
+        if (mode == kOverwriteAsk) {
+            clString text(static_cast<int64_t>(existing));
+            text.Append(existing == 1 ? u" file exists already:" : u" files exist already:");
+            text.Append(list);
+            if (existing > 10) text.Append(u"\r\n...");
+            text.Append(u"\r\n\r\nOverwrite them? No skips them; Cancel ends the conversion.");
+            answer = clMessageBox(text, clString(clProgramCaption), 0x23);
+        }
+        if (answer == clIdCancel) return false;
+        if (answer != clIdYes) {
+            for (int64_t i = 0; i < items.Count(); ++i) {
+                if (items[i].exists != 0) items[i].skip = 1;
+            }
+        }
+        return true;
+    };
+    services.tellRenamed = [](const clOverwriteItems& renamed) {
+        if (renamed.Count() == 0) return;
+        clString text(u"Several files of this conversion had the same output; these got names of their own:");
+        for (int64_t i = 0; i < renamed.Count() && i < 10; ++i) {
+            text.Append(u"\r\n");
+            text.Append(renamed[i].newPath);
+        }
+        clMessageBox(text, clString(clProgramCaption), 0x40);
+    };
+    services.showLogs = [](const clLogEntries& errors, const clLogEntries& infos) {
+        clMessageBox(LogsText(errors, infos), clString(clProgramCaption), errors.Count() > 0 ? 0x30u : 0x40u);
+    };
+    return services;
+}
+
+void RunConversionStage(clConversionInput& input) {
+    if (!ConversionHasWindow()) {
+        RunConversionWindow(input);
+        return;
+    }
+    UseToolkitMessageBoxes();
+    frmConverting window(input, WindowServices());
+    if (window.Run() < 0) {
+        // No window could be made after all: the terminal shows it.
+        RunConversionWindow(input);
+    }
+}

@@ -1,0 +1,19 @@
+// The conversion stage of the main flow: in the conversion window when
+// there is a display (and no -console), on the terminal otherwise.
+#pragma once
+
+#include "engine/conversion.h"
+#include "foundation/clstring.h"
+
+class clConversionInput;
+
+void RunConversionStage(clConversionInput& input);
+// True when the conversion is shown in a window: a display, no -console,
+// and the toolkit started.
+bool ConversionHasWindow();
+// The window's questions and reports: the cancel question, the overwrite
+// question (asked once for all existing files), renamed outputs and the
+// logs at the end, each as a message of the toolkit.
+clConversionServices WindowServices();
+// Questions of the foundation (clMessageBox) become the toolkit's windows.
+void UseToolkitMessageBoxes();
