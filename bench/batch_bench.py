@@ -2,7 +2,7 @@
 """Whole batches through qvt against the reference tools run by xargs on
 two processes, in one run, alternating, with the figures as ratios.
 
-    bench/batch_bench.py BUILD_DIR [--corpus DIR] [--rounds N] [--sources N] [--quick]
+    bench/batch_bench.py BUILD_DIR [--corpus DIR] [--rounds N] [--sources N] [--quick] [--window]
 
 The corpus is the reference one (../shared/tools/make-corpus.sh, made in
 DIR when it isn't there yet): 48 tracks of 16-bit 44.1 kHz stereo, 30 s to
@@ -12,7 +12,9 @@ Printed per encoder on the 48 tracks (the lowest wall time of the rounds):
   - wall time of qvt and of the reference, and their ratio (target <= 1.10);
   - the two-core limit, the workers' CPU time over 2, and the ratio of the
     wall time to it (target <= 1.15);
-  - TrackConverter's own CPU time as a share of the workers' (<= 2 %).
+  - TrackConverter's own CPU time as a share of the workers' (<= 2 %; with
+    --window, the conversion shown in its window on Qt's offscreen
+    platform, <= 3 %).
 On the 400 short tracks: the fixed cost per file, the time a core spends
 on a file beyond encoding it (start, plug-in load, the wait for the next
 tick). Last, TrackConverter's peak resident size for a batch of N sources
@@ -121,14 +123,20 @@ def run_tree(argv, env=None, watch=False, log=None):
 
 
 class Bench:
-    def __init__(self, build, work):
+    def __init__(self, build, work, window=False):
         self.qvt = os.path.join(build, "bin", "qvt")
+        self.window = ["--window"] if window else []
         self.work = work
         self.env = dict(os.environ)
         # Settings of the benchmark's own, never the user's.
         self.env["QUILLOTONE_CONFIG_DIR"] = os.path.join(work, "config")
         self.env["XDG_DATA_HOME"] = os.path.join(work, "data")
         self.env["QUILLOTONE_NONINTERACTIVE"] = "1"
+        if window:
+            self.env["QT_QPA_PLATFORM"] = "offscreen"
+            # The window closes by itself at the end.
+            subprocess.run([self.qvt, "settings", "set", "", "qvtSkipedFinish", "1", "--number"],
+                           env=self.env, check=True)
         self.runs = 0
 
     def fresh(self, name):
@@ -141,7 +149,7 @@ class Bench:
         out = self.fresh("out")
         self.runs += 1
         log = os.path.join(self.work, f"qvt-{self.runs}.log")
-        return run_tree([self.qvt, "convert", "--to", encoder, "--folder", out, folder],
+        return run_tree([self.qvt, "convert", *self.window, "--to", encoder, "--folder", out, folder],
                         env=self.env, watch=True, log=log)
 
     def reference(self, command, folder):
@@ -169,6 +177,7 @@ def main():
     parser.add_argument("--rounds", type=int, default=2)
     parser.add_argument("--sources", type=int, default=10000)
     parser.add_argument("--quick", action="store_true", help="FLAC and the short tracks only")
+    parser.add_argument("--window", action="store_true", help="the conversion in its window (offscreen)")
     args = parser.parse_args()
     build = os.path.abspath(args.build)
     if not os.path.exists(os.path.join(args.corpus, "SUMMARY.txt")):
@@ -185,7 +194,8 @@ def main():
         return "" if value <= target else "  MISSED"
 
     try:
-        bench = Bench(build, work)
+        bench = Bench(build, work, args.window)
+        share_target = 3.0 if args.window else 2.0
         cases = [
             ("FLAC", 'exec flac -5 -s -f -o "$OUT/$(basename "$1" .wav).flac" "$1"'),
             ("MP3 (Lame)", 'exec lame --quiet -V2 "$1" "$OUT/$(basename "$1" .wav).mp3"'),
@@ -205,8 +215,8 @@ def main():
             to_limit = best.wall / limit
             share = best.tc_cpu / best.cpu * 100
             print(f"{encoder:<11} {best.wall:7.2f} {ref.wall:7.2f} {ratio:6.3f} {limit:7.2f} {to_limit:7.3f} "
-                  f"{share:6.2f}%  (targets 1.10, 1.15, 2 %)"
-                  f"{verdict(ratio, 1.10)}{verdict(to_limit, 1.15)}{verdict(share, 2.0)}")
+                  f"{share:6.2f}%  (targets 1.10, 1.15, {share_target:.0f} %)"
+                  f"{verdict(ratio, 1.10)}{verdict(to_limit, 1.15)}{verdict(share, share_target)}")
             if encoder == "FLAC":
                 flac_cpu_per_audio_s = best.cpu / audio_s
 

@@ -47,6 +47,10 @@ Options:
   --overwrite MODE    what to do with outputs that exist already: ask (the
                       default; with no terminal to ask, skip), skip, always
   --recursive         walk the folders named, and all folders below them
+  --window            show the conversion in the program's window instead of
+                      the terminal, where there is a display (the exit status
+                      then says only whether the run could start: 0, or 1
+                      and 2 as below)
   --help              this text
 
 An output never replaces its own source; two files of one run that would
@@ -114,7 +118,8 @@ bool IsKnownEncoder(const std::string& entry) {
 namespace {
 
 const std::vector<OptionSpec> kSpecs = {{"to", true},     {"options", true}, {"folder", true},    {"naming", true},
-                                        {"effect", true}, {"cores", true},   {"overwrite", true}, {"recursive", false}};
+                                        {"effect", true}, {"cores", true},   {"overwrite", true}, {"recursive", false},
+                                        {"window", false}};
 
 std::string Lower(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
@@ -346,7 +351,7 @@ int ConvertCommand(const std::vector<std::string>& words) {
     arguments.Add(u"-skip_ready_to_conv");
     arguments.Add(clString(u"-select_profile=", selected.text));
     arguments.Add(u"-additionalprofile=qvt");
-    arguments.Add(u"-console");
+    if (!args.Has("window")) arguments.Add(u"-console");
     arguments.Add(Text("-overwrite=" + overwrite));
     clString program = JoinPath(GetProgramFolder(), clString(u"TrackConverter"));
     program.Append(PlatformExecutableSuffix());

@@ -4,12 +4,17 @@
 #include "engine/mainflow.h"
 #include "engine/terminalview.h"
 #include "foundation/messagebox.h"
+#include "foundation/platform/processinfo.h"
 #include "frontend/frmconverting.h"
 #include "toolkit/application.h"
 
 bool ConversionHasWindow() { return !globalConsole && ToolkitHasDisplay() && ToolkitStart(); }
 
 void UseToolkitMessageBoxes() {
+    // Told to ask nobody, questions keep their safe answer and their line
+    // on standard error.
+    clString flag;
+    if (PlatformGetEnvironment(u"QUILLOTONE_NONINTERACTIVE", flag) && flag.Equals(u"1")) return;
     SetMessageBoxHandler([](const clString& text, const clString& caption, uint32_t type) {
         return static_cast<int>(ToolkitMessageBox(nullptr, text, caption, type));
     });

@@ -167,6 +167,7 @@ intptr_t frmConverting::OnCreate() {
     clButtonOptions options;
     options.text = u"Options";
     options.id = kIdOptionsButton;
+    options.background = kBackground;
     optionsButton.Create(windowHandle, options, clRect::Sized(0, 0, U(kButtonWidth), U(kButtonHeight)));
     optionsButton.onClick = [this](bool) {
         clMenu menu;

@@ -12,7 +12,8 @@ bool XButton::Create(clWindowHandle parent, const clButtonOptions& options, cons
     id = options.id;
     face = options.face.IsEmpty() ? clString(u"Tahoma") : options.face;
     fontSize = options.fontSize != 0 ? options.fontSize : XWindow::ScaleUnits(12);
-    clWindowHandle control = CreateControl(kControlButton, parent, id, text, rect);
+    background = options.background;
+    clWindowHandle control = CreateControl(kControlPaintedButton, parent, id, text, rect);
     if (control == nullptr) return false;
     BuildLook();
     return Attach(control);
@@ -54,6 +55,7 @@ void XButton::BuildLook() {
     const uint32_t full = kPackFromFarEdge;
     for (const Look& look : looks) {
         look.list->Clear();
+        look.list->AddFill(0, 0, full, full, background);
         look.list->AddFramedRect(0, 0, full, full, look.fill, look.pen, 3);
         if (drawText) {
             look.list->AddText(0, 0, full, full, text, face, fontSize, look.ink, kTextEllipsis,

@@ -29,6 +29,8 @@ struct clButtonOptions {
     uint32_t style = kButtonStyleDefault;
     clString face;          // empty: "Tahoma"
     int32_t fontSize = 0;   // 0: 12 units
+    // What shows around the rounded corners: the parent's face.
+    uint32_t background = 0xF0F0F0;
 };
 
 enum clButtonState : int32_t {
@@ -73,6 +75,7 @@ private:
     uint32_t id = 0;
     clString face;
     int32_t fontSize = 12;
+    uint32_t background = 0xF0F0F0;
     bool keyDown = false;
     void BuildLook();
     void Click();

@@ -21,6 +21,7 @@ enum clControlKind : int32_t {
     kControlDropList,       // a choice from a list: kCbnSelChange
     kControlListBox,        // owner-drawn rows (kWmDrawItem to the parent): kLbnSelChange
     kControlTabs,           // a row of tabs: kCbnSelChange when the tab changes
+    kControlPaintedButton,  // a button that never paints itself: its owner paints every picture
 };
 
 // A child control of `parent` at `rect` (client pixels), shown.

@@ -51,7 +51,8 @@ clWindowHandle CreateControl(clControlKind kind, clWindowHandle parent, uint32_t
     QString caption = ToQString(text);
     switch (kind) {
         case kControlStatic: control = new QLabel(caption, host); break;
-        case kControlButton: {
+        case kControlButton:
+        case kControlPaintedButton: {
             auto* button = new QPushButton(caption, host);
             QObject::connect(button, &QPushButton::clicked, button, [button]() { Notify(button, kBnClicked); });
             control = button;
