@@ -51,6 +51,14 @@ QV_TOOLKIT_API clWindowHandle WindowChild(clWindowHandle parent, uint32_t id);
 QV_TOOLKIT_API void WindowInvalidate(clWindowHandle window, const clRect* rect);
 QV_TOOLKIT_API void WindowUpdate(clWindowHandle window);
 QV_TOOLKIT_API void WindowSetFocus(clWindowHandle window);
+// Gives the focus to the control after this one in the tab order.
+QV_TOOLKIT_API void WindowFocusNext(clWindowHandle window);
+// The window under a screen point (the deepest child), or null.
+QV_TOOLKIT_API clWindowHandle WindowAtPoint(clPoint point);
+// See-through from 0 to opaque at 255, for a top window.
+QV_TOOLKIT_API void WindowSetOpacity(clWindowHandle window, int32_t alpha);
+// The area a tab row leaves for its pages, in its parent's client pixels.
+QV_TOOLKIT_API clRect TabDisplayArea(clWindowHandle tabs);
 QV_TOOLKIT_API clWindowHandle WindowWithFocus();
 QV_TOOLKIT_API void WindowCaptureMouse(clWindowHandle window);
 QV_TOOLKIT_API void WindowReleaseMouse();

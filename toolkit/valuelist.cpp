@@ -59,16 +59,9 @@ XValueList::XValueList() {
 XValueList::~XValueList() { Destroy(); }
 
 void XValueList::Destroy() {
-    control.Close();
+    Clear();
     clWindowHandle list = listHandle;
     listSubclass.Detach();
-    for (int64_t i = 0; i < rows.count; ++i) {
-        auto* row = rows.At<clValueRow>(i);
-        if (row->icon != nullptr) DestroyImage(row->icon);
-        delete row;
-    }
-    rows.Reset();
-    rowNames.Clear();
     if (list != nullptr) DestroyControl(list);
     listHandle = nullptr;
     delete measure;

@@ -11,7 +11,10 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QScrollBar>
+#include <QPainter>
 #include <QTabBar>
+
+#include <algorithm>
 #include <QTextCursor>
 
 #include "toolkit/controls.h"
@@ -19,6 +22,27 @@
 #include "toolkit/qt/qtwidgets.h"
 
 namespace {
+
+// A tab row over an area for its pages: a bar on top and a frame below.
+class clQtTabs : public QWidget {
+public:
+    QTabBar* bar;
+    explicit clQtTabs(QWidget* parent) : QWidget(parent), bar(new QTabBar(this)) { bar->setDrawBase(false); }
+
+protected:
+    void resizeEvent(QResizeEvent*) override { bar->setGeometry(0, 0, width(), bar->sizeHint().height()); }
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        int top = bar->sizeHint().height();
+        painter.setPen(QColor(0xAD, 0xAD, 0xAD));
+        painter.drawRect(0, top, width() - 1, height() - top - 1);
+    }
+};
+
+QTabBar* TabBarOf(QWidget* widget) {
+    if (auto* tabs = dynamic_cast<clQtTabs*>(widget)) return tabs->bar;
+    return nullptr;
+}
 
 // The toolkit parent of a control: a list box's editors live in its
 // viewport but report to the list box.
@@ -89,8 +113,8 @@ clWindowHandle CreateControl(clControlKind kind, clWindowHandle parent, uint32_t
         }
         case kControlListBox: control = new clQtListBox(host); break;
         case kControlTabs: {
-            auto* tabs = new QTabBar(host);
-            QObject::connect(tabs, &QTabBar::currentChanged, tabs, [tabs]() { Notify(tabs, kCbnSelChange); });
+            auto* tabs = new clQtTabs(host);
+            QObject::connect(tabs->bar, &QTabBar::currentChanged, tabs, [tabs]() { Notify(tabs, kCbnSelChange); });
             control = tabs;
             break;
         }
@@ -237,6 +261,33 @@ void WindowUpdate(clWindowHandle window) {
     widget->repaint();
 }
 
+void WindowFocusNext(clWindowHandle window) {
+    QWidget* widget = WidgetOf(window);
+    if (widget == nullptr) return;
+    for (QWidget* next = widget->nextInFocusChain(); next != nullptr && next != widget;
+         next = next->nextInFocusChain()) {
+        if ((next->focusPolicy() & Qt::TabFocus) != 0 && next->isEnabled() && next->isVisibleTo(widget->window()) &&
+            !widget->isAncestorOf(next)) {
+            next->setFocus(Qt::TabFocusReason);
+            return;
+        }
+    }
+}
+
+clWindowHandle WindowAtPoint(clPoint point) { return HandleOf(QApplication::widgetAt(QPoint(point.x, point.y))); }
+
+void WindowSetOpacity(clWindowHandle window, int32_t alpha) {
+    if (QWidget* widget = WidgetOf(window)) widget->setWindowOpacity(std::clamp(alpha, 0, 255) / 255.0);
+}
+
+clRect TabDisplayArea(clWindowHandle tabs) {
+    auto* widget = dynamic_cast<clQtTabs*>(WidgetOf(tabs));
+    if (widget == nullptr) return clRect{};
+    QRect place = widget->geometry();
+    int top = widget->bar->sizeHint().height();
+    return clRect{place.x() + 1, place.y() + top + 1, place.x() + place.width() - 1, place.y() + place.height() - 1};
+}
+
 void WindowSetFocus(clWindowHandle window) {
     if (QWidget* widget = WidgetOf(window)) widget->setFocus(Qt::OtherFocusReason);
 }
@@ -324,7 +375,7 @@ int32_t ComboAddItem(clWindowHandle combo, const clString& text) {
         if (box->isEditable()) box->setEditText(edit);
         return box->count() - 1;
     }
-    if (auto* tabs = qobject_cast<QTabBar*>(widget)) return tabs->addTab(ToQString(text));
+    if (QTabBar* tabs = TabBarOf(widget)) return tabs->addTab(ToQString(text));
     return -1;
 }
 
@@ -335,28 +386,28 @@ void ComboClear(clWindowHandle combo) {
 int32_t ComboCount(clWindowHandle combo) {
     QWidget* widget = WidgetOf(combo);
     if (auto* box = qobject_cast<QComboBox*>(widget)) return box->count();
-    if (auto* tabs = qobject_cast<QTabBar*>(widget)) return tabs->count();
+    if (QTabBar* tabs = TabBarOf(widget)) return tabs->count();
     return 0;
 }
 
 clString ComboItemText(clWindowHandle combo, int32_t index) {
     QWidget* widget = WidgetOf(combo);
     if (auto* box = qobject_cast<QComboBox*>(widget)) return FromQString(box->itemText(index));
-    if (auto* tabs = qobject_cast<QTabBar*>(widget)) return FromQString(tabs->tabText(index));
+    if (QTabBar* tabs = TabBarOf(widget)) return FromQString(tabs->tabText(index));
     return clString();
 }
 
 int32_t ComboGetSelection(clWindowHandle combo) {
     QWidget* widget = WidgetOf(combo);
     if (auto* box = qobject_cast<QComboBox*>(widget)) return box->currentIndex();
-    if (auto* tabs = qobject_cast<QTabBar*>(widget)) return tabs->currentIndex();
+    if (QTabBar* tabs = TabBarOf(widget)) return tabs->currentIndex();
     return -1;
 }
 
 void ComboSetSelection(clWindowHandle combo, int32_t index) {
     QWidget* widget = WidgetOf(combo);
     if (auto* box = qobject_cast<QComboBox*>(widget)) box->setCurrentIndex(index);
-    if (auto* tabs = qobject_cast<QTabBar*>(widget)) tabs->setCurrentIndex(index);
+    if (QTabBar* tabs = TabBarOf(widget)) tabs->setCurrentIndex(index);
 }
 
 clWindowHandle ComboEdit(clWindowHandle combo) {

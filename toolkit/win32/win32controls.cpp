@@ -161,6 +161,29 @@ void WindowInvalidate(clWindowHandle window, const clRect* rect) {
 
 void WindowUpdate(clWindowHandle window) { UpdateWindow(HwndOf(window)); }
 void WindowSetFocus(clWindowHandle window) { SetFocus(HwndOf(window)); }
+
+void WindowFocusNext(clWindowHandle window) {
+    HWND handle = HwndOf(window);
+    HWND next = GetNextDlgTabItem(GetAncestor(handle, GA_ROOT), handle, FALSE);
+    if (next != nullptr) SetFocus(next);
+}
+
+clWindowHandle WindowAtPoint(clPoint point) { return HandleOf(WindowFromPoint(POINT{point.x, point.y})); }
+
+void WindowSetOpacity(clWindowHandle window, int32_t alpha) {
+    HWND handle = HwndOf(window);
+    SetWindowLongW(handle, GWL_EXSTYLE, GetWindowLongW(handle, GWL_EXSTYLE) | WS_EX_LAYERED);
+    SetLayeredWindowAttributes(handle, 0, static_cast<BYTE>(alpha < 0 ? 0 : alpha > 255 ? 255 : alpha), LWA_ALPHA);
+}
+
+clRect TabDisplayArea(clWindowHandle tabs) {
+    HWND handle = HwndOf(tabs);
+    RECT area{};
+    GetWindowRect(handle, &area);
+    MapWindowPoints(nullptr, GetParent(handle), reinterpret_cast<POINT*>(&area), 2);
+    SendMessageW(handle, TCM_ADJUSTRECT, FALSE, reinterpret_cast<LPARAM>(&area));
+    return clRect{area.left, area.top, area.right, area.bottom};
+}
 clWindowHandle WindowWithFocus() { return HandleOf(GetFocus()); }
 void WindowCaptureMouse(clWindowHandle window) { SetCapture(HwndOf(window)); }
 void WindowReleaseMouse() { ReleaseCapture(); }

@@ -119,6 +119,18 @@ LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM wParam, LPARA
             RestoreDC(draw->hDC, -1);
             return TRUE;
         }
+        case WM_NOTIFY: {
+            // A tab row's change reaches forms as the toolkit's kCbnSelChange,
+            // as on every back end.
+            auto* header = reinterpret_cast<NMHDR*>(lParam);
+            if (header->code == static_cast<UINT>(TCN_SELCHANGE)) {
+                bool useDefault = true;
+                XWindow::Procedure(HandleOf(window), kWmCommand, clMakeWParam(header->idFrom, kCbnSelChange),
+                                   reinterpret_cast<intptr_t>(header->hwndFrom), nullptr, &useDefault);
+                return 0;
+            }
+            break;
+        }
         case WM_CTLCOLORSTATIC:
         case WM_CTLCOLORDLG: {
             clGdiCanvas canvas(reinterpret_cast<HDC>(wParam));
