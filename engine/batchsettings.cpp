@@ -7,6 +7,8 @@
 #include "foundation/specialfolder.h"
 #include "naming/expandnaming.h"
 #include "plugins/codechandler.h"
+#include "plugins/effectstring.h"
+#include "foundation/commandoptions.h"
 
 namespace {
 
@@ -61,4 +63,13 @@ bool NeedsStreamFacts(const clString& namingRule, const clString& dspEffects, co
         if (RulesNeedFacts(items[i].dspEffects) || NamingNeedsTags(items[i].namingRule)) return true;
     }
     return false;
+}
+
+void EffectNames(const clString& dspEffects, clStringList& names) {
+    names.Clear();
+    clCommandOptions options;
+    options.Parse(dspEffects);
+    clEffectList effects;
+    ParseEffectString(options, effects);
+    for (int64_t i = 0; i < effects.Count(); ++i) names.Add(effects[i].name);
 }

@@ -5,6 +5,7 @@
 
 #include "engine/multiencoder.h"
 #include "foundation/clstring.h"
+#include "foundation/stringlist.h"
 
 class clConversionSettings {
 public:
@@ -29,3 +30,5 @@ void ReadConversionSettings(const clString& selected, const clString& profile, c
 // True when the naming rule, a conditional rule's bitrate, frequency or
 // bit depth, or an item's naming rule needs tags or stream facts.
 bool NeedsStreamFacts(const clString& namingRule, const clString& dspEffects, const clMultiEncoderItems& items);
+// The names of the effects of an effect string, in chain order.
+void EffectNames(const clString& dspEffects, clStringList& names);

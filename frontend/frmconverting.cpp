@@ -2,9 +2,11 @@
 
 #include <algorithm>
 
+#include "engine/batchsettings.h"
 #include "engine/conversioninput.h"
 #include "engine/mainflow.h"
 #include "foundation/messagebox.h"
+#include "foundation/pathtext.h"
 #include "foundation/platform/power.h"
 #include "foundation/settingnames.h"
 #include "foundation/settings.h"
@@ -112,6 +114,8 @@ frmConverting::frmConverting(clConversionInput& conversionInput, const clConvers
 }
 
 frmConverting::~frmConverting() {
+    if (encoderIcon != nullptr) DestroyImage(encoderIcon);
+    for (int64_t i = 0; i < effectIcons.count; ++i) DestroyImage(static_cast<clImageHandle>(effectIcons[i]));
     coreDisplay.Destroy();
     optionsButton.Destroy();
     pauseButton.Destroy();
@@ -136,6 +140,7 @@ bool frmConverting::Open() {
     if (!Create(clString(clProgramCaption), place, kWsPopup, kWsExAppWindow, nullptr)) return false;
     conversion->Open();
     opened = true;
+    LoadIcons();
     shownTitle = conversion->windowTitle;
     WindowSetText(windowHandle, shownTitle);
     Layout();
@@ -208,6 +213,23 @@ intptr_t frmConverting::OnCreate() {
     return 0;
 }
 
+// The encoder's icon and the effects', from the .ico beside each library,
+// where there is one.
+void frmConverting::LoadIcons() {
+    clString folder = GetProgramFolder();
+    clString encoderFile = JoinPath(JoinPath(folder, clString(u"encoder")), conversion->settings.encoderName);
+    encoderFile.Append(u".ico");
+    encoderIcon = LoadImageFile(encoderFile, U(32), U(32));
+    clStringList names;
+    EffectNames(conversion->settings.dspEffects, names);
+    for (int64_t i = 0; i < names.Count(); ++i) {
+        clString file = JoinPath(JoinPath(folder, clString(u"DSPs")), names[i]);
+        file.Append(u".ico");
+        if (clImageHandle icon = LoadImageFile(file, 16, 16)) effectIcons.Add(icon);
+    }
+    BuildFace();
+}
+
 void frmConverting::BuildFace() {
     face.Clear();
     const uint32_t full = kPackFromFarEdge;
@@ -223,7 +245,26 @@ void frmConverting::BuildFace() {
     titleOrder = face.AddText(clPack(U(28)), 0, clPack(-U(36), full), clPack(U(kStripHeight)), clString(), tahoma,
                               U(12), kInk, kTextBold | kTextEllipsis, kAlignVCenter) -
                  1;
-    headlineOrder = face.AddText(clPack(U(kMargin)), clPack(U(kStripHeight + 10)), clPack(-U(2 * kMargin), full),
+    // On the headline's level at the right: the effects' icons behind
+    // "DSP: " or "DSPs: ", then the encoder's icon.
+    int32_t right = U(kMargin);
+    const uint32_t level = clPack(U(kStripHeight + 6));
+    if (encoderIcon != nullptr) {
+        face.AddIcon(clPack(-right, full | kPackEndsHere), level, encoderIcon, U(32), U(32));
+        right += U(32) + U(8);
+    }
+    if (effectIcons.count > 0) {
+        for (int64_t i = effectIcons.count - 1; i >= 0; --i) {
+            face.AddIcon(clPack(-right, full | kPackEndsHere), clPack(U(kStripHeight + 10)),
+                         static_cast<clImageHandle>(effectIcons[i]), 16, 16);
+            right += 16 + 2;
+        }
+        clString label(effectIcons.count == 1 ? u"DSP: " : u"DSPs: ");
+        face.AddText(clPack(-right, full | kPackEndsHere), clPack(U(kStripHeight + 10)), 0, clPack(U(18)), label,
+                     tahoma, U(12), kDimInk);
+        right += U(40);
+    }
+    headlineOrder = face.AddText(clPack(U(kMargin)), clPack(U(kStripHeight + 10)), clPack(-(U(kMargin) + right), full),
                                  clPack(U(18)), clString(), tahoma, U(13), kInk, kTextBold | kTextEllipsis) -
                     1;
     statusOrder = face.AddText(clPack(U(kMargin)), clPack(U(kStripHeight + 34)), clPack(-U(2 * kMargin), full),

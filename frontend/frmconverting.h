@@ -111,7 +111,10 @@ private:
     bool closedNow = false;
     bool opened = false;
     int32_t taskbarState = kTaskbarNormal;
+    clImageHandle encoderIcon = nullptr;  // owned
+    clPointerArray effectIcons;           // of clImageHandle, owned
 
+    void LoadIcons();
     void BuildFace();
     void Layout();
     void Refresh();

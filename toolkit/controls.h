@@ -22,6 +22,8 @@ enum clControlKind : int32_t {
     kControlListBox,        // owner-drawn rows (kWmDrawItem to the parent): kLbnSelChange
     kControlTabs,           // a row of tabs: kCbnSelChange when the tab changes
     kControlPaintedButton,  // a button that never paints itself: its owner paints every picture
+    kControlPaintedComboBox,  // a combo box with an edit field whose list rows are painted by the
+                              // combo's own subclass (kWmDrawItem sent to the combo itself)
 };
 
 // A child control of `parent` at `rect` (client pixels), shown.

@@ -14,14 +14,16 @@ XDropList::~XDropList() { Destroy(); }
 
 bool XDropList::Create(clWindowHandle parent, uint32_t id, const clRect& rect) {
     Destroy();
-    control = CreateControl(kControlComboBox, parent, id, clString(), rect);
+    control = CreateControl(kControlPaintedComboBox, parent, id, clString(), rect);
     if (control == nullptr) return false;
+    rowPainter.Attach(control);
     edit = ComboEdit(control);
     return edit != nullptr && Attach(edit);
 }
 
 void XDropList::Destroy() {
     Detach();
+    rowPainter.Detach();
     if (control != nullptr) DestroyControl(control);
     control = edit = nullptr;
     for (int64_t i = 0; i < items.count; ++i) delete items.At<clDropItem>(i);
@@ -32,6 +34,7 @@ int32_t XDropList::AddItem(const clString& text, uint64_t tag) {
     auto* item = new clDropItem;
     item->text = text;
     item->tag = tag;
+    item->drawList.AddText(clPack(2), 0, 0, kPackFromFarEdge, text, clString(), 13, 0x000000, 0, kAlignVCenter);
     items.Add(item);
     if (control != nullptr) ComboAddItem(control, text);
     return static_cast<int32_t>(items.count - 1);
@@ -39,11 +42,40 @@ int32_t XDropList::AddItem(const clString& text, uint64_t tag) {
 
 void XDropList::AddRun(int32_t item, const clString& text, uint32_t color) {
     if (item < 0 || item >= items.count) return;
-    clDrawList& list = items.At<clDropItem>(item)->drawList;
-    // Runs follow each other: each starts where the text before it ended.
-    int32_t left = list.nextOrder == 0 ? 2 : runLeft;
-    list.AddText(clPack(left), 0, 0, kPackFromFarEdge, text, clString(), 13, color, 0, kAlignVCenter);
-    runLeft = left + 7 * text.Length();
+    clDropItem& entry = *items.At<clDropItem>(item);
+    if (!entry.hasRuns) entry.drawList.Clear();  // the plain text gives way to the runs
+    entry.hasRuns = true;
+    // Placed at painting, each behind the one before.
+    entry.drawList.AddText(0, 0, 0, kPackFromFarEdge, text, clString(), 13, color, 0, kAlignVCenter);
+}
+
+void XDropList::PaintRow(const clDrawItem& row) {
+    if (row.canvas == nullptr || row.itemId < 0 || row.itemId >= items.count) return;
+    clDrawList& list = items.At<clDropItem>(row.itemId)->drawList;
+    bool selected = (row.itemState & kOdsSelected) != 0;
+    row.canvas->FillRect(row.rect, selected ? selectionColor : 0xFFFFFF);
+    int32_t x = 2;
+    for (uint32_t order = 0; order < list.nextOrder; ++order) {
+        clDrawElement* run = list.Element(order);
+        if (run == nullptr || run->kind != kDrawText) continue;
+        run->x = clPack(x);
+        clFontSpec font;
+        font.face = run->face;
+        font.height = run->fontSize;
+        row.canvas->SetFont(font);
+        x += row.canvas->MeasureText(run->text).width;
+    }
+    list.SetCanvas(row.rect.Width(), row.rect.Height());
+    list.Paint(*row.canvas, row.rect.left, row.rect.top);
+}
+
+intptr_t XDropList::clRowPainter::OnSubclassMessage(clWindowHandle, uint32_t message, uintptr_t, intptr_t lParam,
+                                                    uint32_t* handled) {
+    *handled = 0;
+    if (message != kWmDrawItem) return 0;
+    owner->PaintRow(*reinterpret_cast<clDrawItem*>(lParam));
+    *handled = 1;
+    return 1;
 }
 
 clString XDropList::ItemText(int32_t item) const {

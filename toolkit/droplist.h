@@ -16,6 +16,7 @@
 #include "foundation/clstring.h"
 #include "foundation/pointerarray.h"
 #include "toolkit/drawlist.h"
+#include "toolkit/messages.h"
 #include "toolkit/subclassctrl.h"
 #include "toolkit/toolkitapi.h"
 
@@ -23,17 +24,28 @@ struct clDropItem {
     clString text;
     uint64_t tag = 0;
     clDrawList drawList;  // the row as the list draws it: runs of text in their colours
+    bool hasRuns = false;
 };
 
 class QV_TOOLKIT_API XDropList : public XSubClassCtrl {
 public:
+    // The combo box's own messages: it paints the rows of the list.
+    class QV_TOOLKIT_API clRowPainter : public XSubClassCtrl {
+    public:
+        XDropList* owner = nullptr;
+        intptr_t OnSubclassMessage(clWindowHandle window, uint32_t message, uintptr_t wParam, intptr_t lParam,
+                                   uint32_t* handled) override;
+    };
+
     clWindowHandle control = nullptr;  // the combo box
     clWindowHandle edit = nullptr;     // its edit field, which this object takes over
     clPointerArray items;              // of clDropItem, owned
     bool autoCompletePending = false;
     std::function<void(int32_t number)> onNumber;
+    clRowPainter rowPainter;
+    uint32_t selectionColor = 0xF7E4CC;
 
-    XDropList() = default;
+    XDropList() { rowPainter.owner = this; }
     ~XDropList() override;
 
     intptr_t OnSubclassMessage(clWindowHandle window, uint32_t message, uintptr_t wParam, intptr_t lParam,
@@ -45,15 +57,17 @@ public:
 
     bool Create(clWindowHandle parent, uint32_t id, const clRect& rect);
     void Destroy();
-    // Adds an item; `runs` colour parts of its row (text, colour), in order.
+    // Adds an item. Its row shows its text, or, once runs are added, the
+    // runs one after another, each in its colour.
     int32_t AddItem(const clString& text, uint64_t tag = 0);
     void AddRun(int32_t item, const clString& text, uint32_t color);
+    // Paints a row of the list.
+    void PaintRow(const clDrawItem& row);
     clString ItemText(int32_t item) const;
     int32_t GetSelection() const;
     void SetSelection(int32_t item);
     clString Text() const;
 
 private:
-    int32_t runLeft = 0;
     void Complete();
 };

@@ -6,7 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include "engine/batchsettings.h"
 #include "engine/conversioninput.h"
+#include "foundation/folders.h"
+#include "foundation/pathtext.h"
 #include "foundation/platform/thread.h"
 #include "plugins/sourcefile.h"
 #include "tests/engine/fakeworkers.h"
@@ -64,9 +67,11 @@ protected:
             Tick(window);
         }
     }
+    // A click, and the mouse moving away again.
     void Click(XButton& button) {
         WindowSend(button.controlHandle, kWmLButtonDown, kMkLButton, clMakeLParam(5, 5));
         WindowSend(button.controlHandle, kWmLButtonUp, 0, clMakeLParam(5, 5));
+        WindowSend(button.controlHandle, kWmMouseLeave, 0, 0);
     }
     // The window as a test opens it: shown, as Run shows it (a hidden list
     // box paints no rows), and without its timers: the test ticks.
@@ -284,6 +289,57 @@ TEST_F(ConversionWindowTest, TheOptionsMenuSetsCoresPriorityAndTheFinishingChoic
     EXPECT_GT(offered, 3u);
     EXPECT_EQ(window.Conversion().targetSlots, 2);
     SetSettingNumber(0, kPrioritySetting.name);
+}
+
+namespace {
+
+// A 16 x 16 icon file of one colour (0x00BBGGRR), as a .ico beside a
+// library is.
+std::string IconFile(uint32_t color) {
+    std::string out;
+    auto le = [&out](uint32_t value, int bytes) {
+        for (int i = 0; i < bytes; ++i) out.push_back(static_cast<char>((value >> (8 * i)) & 0xFF));
+    };
+    le(0, 2), le(1, 2), le(1, 2);                              // the directory: one icon
+    out += std::string{16, 16, 0, 0}, le(1, 2), le(32, 2);     // 16 x 16, 32 bits
+    le(40 + 16 * 16 * 4 + 16 * 4, 4), le(22, 4);               // its size and place
+    le(40, 4), le(16, 4), le(32, 4), le(1, 2), le(32, 2);      // the bitmap, twice as high for the mask
+    le(0, 4), le(16 * 16 * 4 + 16 * 4, 4), le(0, 4), le(0, 4), le(0, 4), le(0, 4);
+    for (int i = 0; i < 16 * 16; ++i) le(0xFF000000u | (clRed(color) << 16) | (clGreen(color) << 8) | clBlue(color), 4);
+    out += std::string(16 * 4, '\0');  // the mask: all shown
+    return out;
+}
+
+}  // namespace
+
+// The encoder's icon and the effects' stand on the headline's level, the
+// effects behind "DSPs: ", from the .ico files beside the libraries.
+TEST_F(ConversionWindowTest, TheEncoderAndTheEffectsShowTheirIcons) {
+    clString folder = GetProgramFolder();
+    clString encoderIcon = JoinPath(JoinPath(folder, clString(u"encoder")), clString(u"Scripted.ico"));
+    clString effectIcon = JoinPath(JoinPath(folder, clString(u"DSPs")), clString(u"Test Gain.ico"));
+    MakeFolders(JoinPath(folder, clString(u"encoder")));
+    MakeFolders(JoinPath(folder, clString(u"DSPs")));
+    ASSERT_TRUE(WriteBytes(encoderIcon, IconFile(clRgb(200, 30, 30))));
+    ASSERT_TRUE(WriteBytes(effectIcon, IconFile(clRgb(30, 30, 200))));
+    SetSettingText(clString(u"-dspeffect1=\"Test Gain=\" -dspeffect2=\"No Icon=\""), kEntryEffectsSetting.name,
+                   kSettingsHive, EntrySettingsKey(clString(u"Scripted"), clString()).text);
+    AddSources(2);
+    frmConverting window(input, services);
+    Open(window);
+    clRect client = WindowClientRect(window.windowHandle);
+    int32_t top = XWindow::ScaleUnits(26 + 6);
+    int32_t right = client.right - XWindow::ScaleUnits(12);
+    uint32_t encoder = PixelOf(window.windowHandle, right - XWindow::ScaleUnits(16), top + XWindow::ScaleUnits(16));
+    EXPECT_TRUE(NearColor(encoder, clRgb(200, 30, 30), 40)) << std::hex << encoder;
+    int32_t effectLeft = right - XWindow::ScaleUnits(32) - XWindow::ScaleUnits(8) - 16;
+    uint32_t effect = PixelOf(window.windowHandle, effectLeft + 8, XWindow::ScaleUnits(26 + 10) + 8);
+    EXPECT_TRUE(NearColor(effect, clRgb(30, 30, 200), 40)) << std::hex << effect;
+    SaveGrabIfFailed(window.windowHandle);
+    DeleteFileEx(encoderIcon);
+    DeleteFileEx(effectIcon);
+    SetSettingText(clString(), kEntryEffectsSetting.name, kSettingsHive,
+                   EntrySettingsKey(clString(u"Scripted"), clString()).text);
 }
 
 // The window in each state a user meets, kept as pictures for the

@@ -70,3 +70,44 @@ TEST_F(DropListTest, ReturnAcceptsACompletionAndLeavingDropsOneNotAccepted) {
     // The item's text had replaced the field, so what stays is its start.
     EXPECT_TRUE(WindowGetText(list.edit).Equals(u"Ab")) << WindowGetText(list.edit).ToUtf8();
 }
+
+// Rows with coloured runs: each run stands behind the one before, in its
+// colour; a selected row has the selection behind it. The combo asks its
+// own handling to paint a row, as its list does.
+TEST_F(DropListTest, RowsPaintTheirRunsOneBehindTheOtherInTheirColours) {
+    int32_t item = list.AddItem(u"FLAC -8");
+    list.AddRun(item, u"WWWW", 0x0000FF);  // red
+    list.AddRun(item, u"WWWW", 0xFF0000);  // blue
+    clImageHandle image = CreateImage(200, 20);
+    clCanvas* canvas = CanvasOnImage(image);
+    clDrawItem row;
+    row.itemId = item;
+    row.item = list.control;
+    row.canvas = canvas;
+    row.rect = clRect{0, 0, 200, 20};
+    EXPECT_NE(WindowSend(list.control, kWmDrawItem, 5, reinterpret_cast<intptr_t>(&row)), 0);
+    clFontSpec font;
+    font.height = 13;
+    canvas->SetFont(font);
+    int32_t runWidth = canvas->MeasureText(clString(u"WWWW")).width;
+    delete canvas;
+    auto inks = [&](int32_t from, int32_t to, uint32_t color) {
+        for (int32_t x = from; x < to; ++x) {
+            for (int32_t y = 0; y < 20; ++y) {
+                if (NearColor(ImagePixel(image, x, y), color, 60)) return true;
+            }
+        }
+        return false;
+    };
+    EXPECT_TRUE(inks(2, 2 + runWidth, 0x0000FF));
+    EXPECT_FALSE(inks(2, 2 + runWidth, 0xFF0000));
+    EXPECT_TRUE(inks(2 + runWidth, 2 + 2 * runWidth, 0xFF0000));
+    EXPECT_TRUE(NearColor(ImagePixel(image, 190, 10), 0xFFFFFF, 2)) << "an unselected row is white";
+    row.itemState = kOdsSelected;
+    canvas = CanvasOnImage(image);
+    row.canvas = canvas;
+    WindowSend(list.control, kWmDrawItem, 5, reinterpret_cast<intptr_t>(&row));
+    delete canvas;
+    EXPECT_TRUE(NearColor(ImagePixel(image, 190, 10), list.selectionColor, 2));
+    DestroyImage(image);
+}

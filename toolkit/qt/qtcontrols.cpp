@@ -11,6 +11,7 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QScrollBar>
+#include <QStyledItemDelegate>
 #include <QPainter>
 #include <QTabBar>
 
@@ -36,6 +37,29 @@ protected:
         int top = bar->sizeHint().height();
         painter.setPen(QColor(0xAD, 0xAD, 0xAD));
         painter.drawRect(0, top, width() - 1, height() - top - 1);
+    }
+};
+
+// The rows of a painted combo box's list: each row goes to the combo's
+// own handling as kWmDrawItem; what nobody paints Qt paints.
+class clQtRowDelegate : public QStyledItemDelegate {
+public:
+    QComboBox* combo;
+    clQtRowDelegate(QComboBox* owner) : QStyledItemDelegate(owner), combo(owner) {}
+    void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+        clQtCanvas canvas(*painter);
+        clDrawItem item;
+        item.controlId = ControlIdOf(combo);
+        item.itemId = index.row();
+        item.itemState = (option.state & QStyle::State_Selected) != 0 ? kOdsSelected : 0;
+        item.item = HandleOf(combo);
+        item.canvas = &canvas;
+        item.rect = clRect::Sized(option.rect.x(), option.rect.y(), option.rect.width(), option.rect.height());
+        painter->save();
+        painter->setClipRect(option.rect);
+        intptr_t painted = RouteMessage(combo, kWmDrawItem, item.controlId, reinterpret_cast<intptr_t>(&item));
+        painter->restore();
+        if (painted == 0) QStyledItemDelegate::paint(painter, option, index);
     }
 };
 
@@ -96,10 +120,12 @@ clWindowHandle CreateControl(clControlKind kind, clWindowHandle parent, uint32_t
             break;
         }
         case kControlComboBox:
+        case kControlPaintedComboBox:
         case kControlDropList: {
             auto* combo = new QComboBox(host);
-            combo->setEditable(kind == kControlComboBox);
-            if (kind == kControlComboBox) {
+            combo->setEditable(kind != kControlDropList);
+            if (kind == kControlPaintedComboBox) combo->setItemDelegate(new clQtRowDelegate(combo));
+            if (kind != kControlDropList) {
                 // Own completion rules belong to the toolkit's drop list;
                 // Qt's completer would keep the typed case.
                 combo->setCompleter(nullptr);

@@ -57,6 +57,11 @@ clWindowHandle CreateControl(clControlKind kind, clWindowHandle parent, uint32_t
             style = 0x50210042;
             height = XWindow::ScaleUnits(200);
             break;
+        case kControlPaintedComboBox:
+            className = L"COMBOBOX";
+            style = 0x50210042 | CBS_OWNERDRAWFIXED | CBS_HASSTRINGS;
+            height = XWindow::ScaleUnits(200);
+            break;
         case kControlDropList:
             className = L"COMBOBOX";
             style = 0x50210003;

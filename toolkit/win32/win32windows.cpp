@@ -110,6 +110,25 @@ LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM wParam, LPARA
             item.canvas = &canvas;
             item.rect = clRect{draw->rcItem.left, draw->rcItem.top, draw->rcItem.right, draw->rcItem.bottom};
             item.itemData = draw->itemData;
+            // A combo box's rows go to the combo's own subclass first.
+            if (draw->CtlType == ODT_COMBOBOX) {
+                if (XSubClassCtrl* object = SubclassOf(draw->hwndItem)) {
+                    clDrawItem& row = item;
+                    uint32_t handled = 0;
+                    object->OnSubclassMessage(row.item, kWmDrawItem, wParam, reinterpret_cast<intptr_t>(&row),
+                                              &handled);
+                    if (handled != 0) return TRUE;
+                }
+                // Nobody paints it: the row's text, as the combo would.
+                bool selected = (draw->itemState & ODS_SELECTED) != 0;
+                canvas.FillRect(item.rect, GetSysColor(selected ? COLOR_HIGHLIGHT : COLOR_WINDOW));
+                wchar_t text[512] = {};
+                SendMessageW(draw->hwndItem, CB_GETLBTEXT, draw->itemID, reinterpret_cast<LPARAM>(text));
+                SetBkMode(draw->hDC, TRANSPARENT);
+                SetTextColor(draw->hDC, GetSysColor(selected ? COLOR_HIGHLIGHTTEXT : COLOR_WINDOWTEXT));
+                TextOutW(draw->hDC, draw->rcItem.left + 2, draw->rcItem.top + 1, text, lstrlenW(text));
+                return TRUE;
+            }
             SaveDC(draw->hDC);
             IntersectClipRect(draw->hDC, draw->rcItem.left, draw->rcItem.top, draw->rcItem.right,
                               draw->rcItem.bottom);
