@@ -506,7 +506,7 @@ intptr_t frmConverting::OnIdCancel() {
 
 intptr_t frmConverting::OnCommand(uint32_t id, clWindowHandle, uint32_t) {
     if (id == 2) return 0;  // OnIdCancel has done it
-    if (id > kMenuPriorityBase && id < kMenuViewLogs + 1) ChooseMenu(id);
+    if (id >= kMenuPriorityBase && id <= kMenuViewLogs) ChooseMenu(id);
     return 0;
 }
 

@@ -395,3 +395,16 @@ TEST_F(ConversionWindowTest, PicturesOfEveryState) {
     TickUntilFinished(finished);
     SaveGrab(finished.windowHandle, "conversion-6-finished");
 }
+
+// Menu choices also arrive as commands: "Normal", the lowest id, too.
+TEST_F(ConversionWindowTest, MenuCommandsReachTheConversion) {
+    AddSources(3);
+    frmConverting window(input, services);
+    Open(window);
+    WindowSend(window.windowHandle, kWmCommand, clMakeWParam(kMenuPriorityBase + 3, 0), 0);
+    EXPECT_EQ(window.Conversion().priorityCode, 3);
+    WindowSend(window.windowHandle, kWmCommand, clMakeWParam(kMenuPriorityBase + 0, 0), 0);
+    EXPECT_EQ(window.Conversion().priorityCode, 0);
+    WindowSend(window.windowHandle, kWmCommand, clMakeWParam(kMenuCoresBase + 1, 0), 0);
+    EXPECT_EQ(window.Conversion().targetSlots, 1);
+}

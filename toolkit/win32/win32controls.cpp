@@ -53,18 +53,12 @@ clWindowHandle CreateControl(clControlKind kind, clWindowHandle parent, uint32_t
             exStyle = WS_EX_CLIENTEDGE;
             break;
         case kControlComboBox:
-            className = L"COMBOBOX";
-            style = 0x50210042;
-            height = XWindow::ScaleUnits(200);
-            break;
         case kControlPaintedComboBox:
-            className = L"COMBOBOX";
-            style = 0x50210042 | CBS_OWNERDRAWFIXED | CBS_HASSTRINGS;
-            height = XWindow::ScaleUnits(200);
-            break;
         case kControlDropList:
+            // The height is the open list's.
             className = L"COMBOBOX";
-            style = 0x50210003;
+            style = kind == kControlDropList ? 0x50210003 : 0x50210042;
+            if (kind == kControlPaintedComboBox) style |= CBS_OWNERDRAWFIXED | CBS_HASSTRINGS;
             height = XWindow::ScaleUnits(200);
             break;
         case kControlListBox:
