@@ -81,6 +81,9 @@ public:
 using clMenuHandler = uint32_t (*)(const clMenu& menu, void* context);
 QV_TOOLKIT_API void SetMenuHandler(clMenuHandler handler, void* context);
 
+// True while a key (kVkShift, kVkControl, ...) is held down.
+QV_TOOLKIT_API bool KeyIsDown(uint32_t virtualKey);
+
 QV_TOOLKIT_API bool ClipboardSetText(const clString& text);
 QV_TOOLKIT_API clString ClipboardGetText();
 

@@ -24,6 +24,8 @@ enum clControlKind : int32_t {
     kControlPaintedButton,  // a button that never paints itself: its owner paints every picture
     kControlPaintedComboBox,  // a combo box with an edit field whose list rows are painted by the
                               // combo's own subclass (kWmDrawItem sent to the combo itself)
+    kControlListView,       // rows of columns (views.h): kWmNotify
+    kControlTreeView,       // a tree of items (views.h): kWmNotify
 };
 
 // A child control of `parent` at `rect` (client pixels), shown.

@@ -38,6 +38,7 @@ constexpr uint32_t kWmInitDialog = 0x0110;
 constexpr uint32_t kWmCommand = 0x0111;
 constexpr uint32_t kWmSysCommand = 0x0112;
 constexpr uint32_t kWmTimer = 0x0113;
+constexpr uint32_t kWmVScroll = 0x0115;
 constexpr uint32_t kWmCtlColorDialog = 0x0136;
 constexpr uint32_t kWmCtlColorStatic = 0x0138;
 constexpr uint32_t kWmMouseMove = 0x0200;

@@ -4,6 +4,7 @@
 #include "toolkit/application.h"
 #include "toolkit/backend.h"
 #include "toolkit/controls.h"
+#include "toolkit/views.h"
 
 namespace {
 
@@ -265,6 +266,13 @@ intptr_t XWindow::Procedure(clWindowHandle window, uint32_t message, uintptr_t w
     if (object == nullptr) return 0;
     intptr_t result = object->Dispatch(message, wParam, lParam);
     *useDefault = object->handled == 0;
+    if (message == kWmNotify && *useDefault && lParam != 0) {
+        // What the form leaves alone goes back to the view it came from,
+        // whose object turns it into its own operations.
+        auto* record = reinterpret_cast<clViewNotify*>(lParam);
+        *useDefault = false;
+        return WindowSend(record->from, kWmReflectNotify, wParam, lParam);
+    }
     if (message == kWmDestroy) {
         // The window is gone whatever the form did: the object is inert
         // from here on, and its class name free.

@@ -198,6 +198,13 @@ void SetMenuHandler(clMenuHandler handler, void* context) {
     menuContext = context;
 }
 
+bool KeyIsDown(uint32_t virtualKey) {
+    Qt::KeyboardModifiers held = QGuiApplication::queryKeyboardModifiers();
+    if (virtualKey == kVkShift) return (held & Qt::ShiftModifier) != 0;
+    if (virtualKey == kVkControl) return (held & Qt::ControlModifier) != 0;
+    return false;
+}
+
 bool ClipboardSetText(const clString& text) {
     QClipboard* clipboard = QGuiApplication::clipboard();
     if (clipboard == nullptr) return false;

@@ -1,5 +1,6 @@
 // The Qt back end's controls and the operations on any window.
 #include <QAbstractButton>
+#include <QAbstractItemView>
 #include <QAbstractScrollArea>
 #include <QApplication>
 #include <QComboBox>
@@ -68,16 +69,8 @@ QTabBar* TabBarOf(QWidget* widget) {
     return nullptr;
 }
 
-// The toolkit parent of a control: a list box's editors live in its
-// viewport but report to the list box.
-QWidget* ToolkitParent(QWidget* widget) {
-    QVariant owner = widget->property("qvParent");
-    if (owner.isValid()) return static_cast<QWidget*>(owner.value<void*>());
-    return widget->parentWidget();
-}
-
 void Notify(QWidget* control, uint32_t code) {
-    RouteMessage(ToolkitParent(control), kWmCommand, clMakeWParam(ControlIdOf(control), code),
+    RouteMessage(ToolkitParentOf(control), kWmCommand, clMakeWParam(ControlIdOf(control), code),
                  reinterpret_cast<intptr_t>(HandleOf(control)));
 }
 
@@ -89,12 +82,20 @@ QLineEdit* LineEditOf(QWidget* widget) {
 
 }  // namespace
 
+// A list's editors live in its viewport but report to the list.
+QWidget* ToolkitParentOf(QWidget* widget) {
+    QVariant owner = widget->property("qvParent");
+    if (owner.isValid()) return static_cast<QWidget*>(owner.value<void*>());
+    return widget->parentWidget();
+}
+
 clWindowHandle CreateControl(clControlKind kind, clWindowHandle parent, uint32_t id, const clString& text,
                              const clRect& rect) {
     QWidget* owner = WidgetOf(parent);
     if (owner == nullptr) return nullptr;
     QWidget* host = owner;
     if (auto* list = dynamic_cast<clQtListBox*>(owner)) host = list->viewport();
+    if (auto* view = dynamic_cast<QAbstractItemView*>(owner)) host = view->viewport();
     QWidget* control = nullptr;
     QString caption = ToQString(text);
     switch (kind) {
@@ -138,6 +139,8 @@ clWindowHandle CreateControl(clControlKind kind, clWindowHandle parent, uint32_t
             break;
         }
         case kControlListBox: control = new clQtListBox(host); break;
+        case kControlListView:
+        case kControlTreeView: control = CreateQtView(kind == kControlTreeView, host); break;
         case kControlTabs: {
             auto* tabs = new clQtTabs(host);
             QObject::connect(tabs->bar, &QTabBar::currentChanged, tabs, [tabs]() { Notify(tabs, kCbnSelChange); });
@@ -258,7 +261,7 @@ clPoint WindowToScreen(clWindowHandle window, clPoint point) {
 clWindowHandle WindowParent(clWindowHandle window) {
     QWidget* widget = WidgetOf(window);
     if (widget == nullptr || widget->isWindow()) return nullptr;
-    return HandleOf(ToolkitParent(widget));
+    return HandleOf(ToolkitParentOf(widget));
 }
 
 uint32_t WindowId(clWindowHandle window) { return ControlIdOf(WidgetOf(window)); }

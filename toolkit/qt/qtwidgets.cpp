@@ -2,6 +2,7 @@
 // messages, for XWindow's windows and for subclassed controls alike.
 #include "toolkit/qt/qtwidgets.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QKeyEvent>
@@ -225,6 +226,7 @@ intptr_t BackendDefaultHandling(clWindowHandle window, uint32_t message, uintptr
         BackendDestroyWindow(window);
         return 0;
     }
+    if (qobject_cast<QAbstractItemView*>(widget) != nullptr) return QtViewDefaultHandling(widget, message, wParam, lParam);
     if (auto* list = dynamic_cast<clQtListBox*>(widget)) {
         if (message == kWmLButtonDown) {
             int row = list->RowAt(clYOf(lParam));

@@ -25,6 +25,14 @@ void TrackWidget(QWidget* widget);
 intptr_t RouteMessage(QWidget* target, uint32_t message, uintptr_t wParam, intptr_t lParam);
 // The toolkit control id of a widget, 0 if none.
 uint32_t ControlIdOf(QWidget* widget);
+// The window a control reports to: its parent, or the list whose
+// viewport holds it.
+QWidget* ToolkitParentOf(QWidget* widget);
+
+// List and tree views (qtviews.cpp): making one, and what a view does with
+// a toolkit message nobody took.
+QWidget* CreateQtView(bool tree, QWidget* host);
+intptr_t QtViewDefaultHandling(QWidget* widget, uint32_t message, uintptr_t wParam, intptr_t lParam);
 
 class clQtWindow : public QWidget {
 public:

@@ -92,6 +92,8 @@ void SetMenuHandler(clMenuHandler handler, void* context) {
     menuContext = context;
 }
 
+bool KeyIsDown(uint32_t virtualKey) { return (GetKeyState(static_cast<int>(virtualKey)) & 0x8000) != 0; }
+
 bool ClipboardSetText(const clString& text) {
     if (!OpenClipboard(nullptr)) return false;
     EmptyClipboard();

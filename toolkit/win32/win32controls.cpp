@@ -20,13 +20,13 @@ clString FromWide(const wchar_t* text, int length) {
     return result;
 }
 
-bool IsClass(HWND window, const wchar_t* name) {
+}  // namespace
+
+bool IsWindowClass(HWND window, const wchar_t* name) {
     wchar_t found[64] = {};
     GetClassNameW(window, found, 63);
     return lstrcmpiW(found, name) == 0;
 }
-
-}  // namespace
 
 clWindowHandle CreateControl(clControlKind kind, clWindowHandle parent, uint32_t id, const clString& text,
                              const clRect& rect) {
@@ -76,6 +76,13 @@ clWindowHandle CreateControl(clControlKind kind, clWindowHandle parent, uint32_t
             className = WC_TABCONTROLW;
             style |= WS_TABSTOP | WS_CLIPSIBLINGS;
             break;
+        case kControlListView:
+        case kControlTreeView: {
+            HWND view = CreateViewControl(kind == kControlTreeView, owner, id, rect);
+            if (view == nullptr) return nullptr;
+            SendMessageW(view, WM_SETFONT, reinterpret_cast<WPARAM>(FontFor(clFontSpec{})), FALSE);
+            return HandleOf(view);
+        }
     }
     HWND control = CreateWindowExW(exStyle, className, Wide(text), style, rect.left, rect.top, rect.Width(), height,
                                    owner, reinterpret_cast<HMENU>(static_cast<uintptr_t>(id)), ToolkitInstance(),
@@ -86,7 +93,9 @@ clWindowHandle CreateControl(clControlKind kind, clWindowHandle parent, uint32_t
 }
 
 void DestroyControl(clWindowHandle control) {
-    if (IsWindow(HwndOf(control))) DestroyWindow(HwndOf(control));
+    if (!IsWindow(HwndOf(control))) return;
+    DestroyViewImages(HwndOf(control));
+    DestroyWindow(HwndOf(control));
 }
 
 void WindowSetText(clWindowHandle window, const clString& text) { SetWindowTextW(HwndOf(window), Wide(text)); }
@@ -279,7 +288,7 @@ void WindowSetIcon(clWindowHandle window, clImageHandle icon) {
 
 void EditSetSelection(clWindowHandle edit, int32_t start, int32_t end) {
     HWND handle = HwndOf(edit);
-    if (IsClass(handle, L"COMBOBOX")) {
+    if (IsWindowClass(handle, L"COMBOBOX")) {
         SendMessageW(handle, CB_SETEDITSEL, 0, MAKELPARAM(start, end));
         return;
     }
@@ -289,7 +298,7 @@ void EditSetSelection(clWindowHandle edit, int32_t start, int32_t end) {
 void EditGetSelection(clWindowHandle edit, int32_t& start, int32_t& end) {
     DWORD from = 0, to = 0;
     HWND handle = HwndOf(edit);
-    if (IsClass(handle, L"COMBOBOX")) {
+    if (IsWindowClass(handle, L"COMBOBOX")) {
         SendMessageW(handle, CB_GETEDITSEL, reinterpret_cast<WPARAM>(&from), reinterpret_cast<LPARAM>(&to));
     } else {
         SendMessageW(handle, EM_GETSEL, reinterpret_cast<WPARAM>(&from), reinterpret_cast<LPARAM>(&to));
@@ -304,7 +313,7 @@ void EditReplaceSelection(clWindowHandle edit, const clString& text) {
 
 int32_t ComboAddItem(clWindowHandle combo, const clString& text) {
     HWND handle = HwndOf(combo);
-    if (IsClass(handle, WC_TABCONTROLW)) {
+    if (IsWindowClass(handle, WC_TABCONTROLW)) {
         TCITEMW item{};
         item.mask = TCIF_TEXT;
         item.pszText = const_cast<wchar_t*>(Wide(text));
@@ -318,14 +327,14 @@ void ComboClear(clWindowHandle combo) { SendMessageW(HwndOf(combo), CB_RESETCONT
 
 int32_t ComboCount(clWindowHandle combo) {
     HWND handle = HwndOf(combo);
-    if (IsClass(handle, WC_TABCONTROLW)) return static_cast<int32_t>(SendMessageW(handle, TCM_GETITEMCOUNT, 0, 0));
+    if (IsWindowClass(handle, WC_TABCONTROLW)) return static_cast<int32_t>(SendMessageW(handle, TCM_GETITEMCOUNT, 0, 0));
     return static_cast<int32_t>(SendMessageW(handle, CB_GETCOUNT, 0, 0));
 }
 
 clString ComboItemText(clWindowHandle combo, int32_t index) {
     HWND handle = HwndOf(combo);
     wchar_t buffer[512] = {};
-    if (IsClass(handle, WC_TABCONTROLW)) {
+    if (IsWindowClass(handle, WC_TABCONTROLW)) {
         TCITEMW item{};
         item.mask = TCIF_TEXT;
         item.pszText = buffer;
@@ -342,13 +351,13 @@ clString ComboItemText(clWindowHandle combo, int32_t index) {
 
 int32_t ComboGetSelection(clWindowHandle combo) {
     HWND handle = HwndOf(combo);
-    if (IsClass(handle, WC_TABCONTROLW)) return static_cast<int32_t>(SendMessageW(handle, TCM_GETCURSEL, 0, 0));
+    if (IsWindowClass(handle, WC_TABCONTROLW)) return static_cast<int32_t>(SendMessageW(handle, TCM_GETCURSEL, 0, 0));
     return static_cast<int32_t>(SendMessageW(handle, CB_GETCURSEL, 0, 0));
 }
 
 void ComboSetSelection(clWindowHandle combo, int32_t index) {
     HWND handle = HwndOf(combo);
-    SendMessageW(handle, IsClass(handle, WC_TABCONTROLW) ? TCM_SETCURSEL : CB_SETCURSEL, index, 0);
+    SendMessageW(handle, IsWindowClass(handle, WC_TABCONTROLW) ? TCM_SETCURSEL : CB_SETCURSEL, index, 0);
 }
 
 clWindowHandle ComboEdit(clWindowHandle combo) {

@@ -148,7 +148,11 @@ LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM wParam, LPARA
                                    reinterpret_cast<intptr_t>(header->hwndFrom), nullptr, &useDefault);
                 return 0;
             }
-            break;
+            // Views speak the toolkit's record; no other control's
+            // notification reaches the forms.
+            LRESULT answer = 0;
+            if (XWindow::FromHandle(HandleOf(window)) != nullptr && ViewNotify(window, header, &answer)) return answer;
+            return DefWindowProcW(window, message, wParam, lParam);
         }
         case WM_CTLCOLORSTATIC:
         case WM_CTLCOLORDLG: {
@@ -250,7 +254,8 @@ bool ToolkitHasDisplay() { return true; }
 bool ToolkitStartWith(XMainThreadSync* sync) {
     static bool started = false;
     if (!started) {
-        INITCOMMONCONTROLSEX controls{sizeof(controls), ICC_STANDARD_CLASSES | ICC_TAB_CLASSES | ICC_BAR_CLASSES};
+        INITCOMMONCONTROLSEX controls{sizeof(controls), ICC_STANDARD_CLASSES | ICC_TAB_CLASSES | ICC_BAR_CLASSES |
+                                                                 ICC_LISTVIEW_CLASSES | ICC_TREEVIEW_CLASSES};
         InitCommonControlsEx(&controls);
         WNDCLASSEXW wake{};
         wake.cbSize = sizeof(wake);
