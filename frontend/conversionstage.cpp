@@ -6,15 +6,34 @@
 #include "foundation/messagebox.h"
 #include "foundation/platform/processinfo.h"
 #include "frontend/frmconverting.h"
+#include "frontend/frmoverwrite.h"
 #include "toolkit/application.h"
 
 bool ConversionHasWindow() { return !globalConsole && ToolkitHasDisplay() && ToolkitStart(); }
 
-void UseToolkitMessageBoxes() {
-    // Told to ask nobody, questions keep their safe answer and their line
-    // on standard error.
+namespace {
+
+// Told to ask nobody, questions keep their safe answer and their line on
+// standard error.
+bool QuestionsAllowed() {
     clString flag;
-    if (PlatformGetEnvironment(u"QUILLOTONE_NONINTERACTIVE", flag) && flag.Equals(u"1")) return;
+    return !(PlatformGetEnvironment(u"QUILLOTONE_NONINTERACTIVE", flag) && flag.Equals(u"1"));
+}
+
+// Without the overwrite window: "always" overwrites, "skip" skips every
+// existing file, and a question the user can't be asked keeps them too.
+bool AnswerOverwriteByMode(clOverwriteItems& items, clOverwriteMode mode) {
+    if (mode == kOverwriteAlways) return true;
+    for (int64_t i = 0; i < items.Count(); ++i) {
+        if (items[i].exists != 0) items[i].skip = 1;
+    }
+    return true;
+}
+
+}  // namespace
+
+void UseToolkitMessageBoxes() {
+    if (!QuestionsAllowed()) return;
     SetMessageBoxHandler([](const clString& text, const clString& caption, uint32_t type) {
         return static_cast<int>(ToolkitMessageBox(nullptr, text, caption, type));
     });
@@ -27,32 +46,12 @@ clConversionServices WindowServices() {
     };
     const auto mode = static_cast<clOverwriteMode>(globalOverwriteMode);
     services.askOverwrite = [mode](clOverwriteItems& items) {
-        int64_t existing = 0;
-        clString list;
-        for (int64_t i = 0; i < items.Count(); ++i) {
-            if (items[i].exists == 0) continue;
-            if (++existing <= 10) {
-                list.Append(u"\r\n");
-                list.Append(items[i].newPath);
-            }
+        if (mode == kOverwriteAsk && QuestionsAllowed()) {
+            int32_t result = 0;
+            frmOverwrite window(&result, items, items[0].encoderName, items[0].extension);
+            return window.Run(nullptr) == 1;
         }
-        if (existing == 0 || mode == kOverwriteAlways) return true;
-        int answer = clIdNo;
-        if (mode == kOverwriteAsk) {
-            clString text(static_cast<int64_t>(existing));
-            text.Append(existing == 1 ? u" file exists already:" : u" files exist already:");
-            text.Append(list);
-            if (existing > 10) text.Append(u"\r\n...");
-            text.Append(u"\r\n\r\nOverwrite them? No skips them; Cancel ends the conversion.");
-            answer = clMessageBox(text, clString(clProgramCaption), 0x23);
-        }
-        if (answer == clIdCancel) return false;
-        if (answer != clIdYes) {
-            for (int64_t i = 0; i < items.Count(); ++i) {
-                if (items[i].exists != 0) items[i].skip = 1;
-            }
-        }
-        return true;
+        return AnswerOverwriteByMode(items, mode);
     };
     services.tellRenamed = [](const clOverwriteItems& renamed) {
         if (renamed.Count() == 0) return;

@@ -56,6 +56,8 @@ constexpr uint32_t kWmCaptureChanged = 0x0215;
 constexpr uint32_t kWmMouseLeave = 0x02A3;
 // The toolkit's own: a posted call of XMainThreadSync; the tooltip poll.
 constexpr uint32_t kWmToolkitWake = 0x8001;
+// The test hook of a modal window (SetModalHook), posted as it shows.
+constexpr uint32_t kWmModalHook = 0x8002;
 
 // Notify codes of kWmCommand.
 constexpr uint32_t kBnClicked = 0;
@@ -100,7 +102,9 @@ constexpr uint32_t kWsVisible = 0x10000000u;
 constexpr uint32_t kWsDisabled = 0x08000000u;
 constexpr uint32_t kWsCaption = 0x00C00000u;
 constexpr uint32_t kWsSysMenu = 0x00080000u;
+constexpr uint32_t kWsThickFrame = 0x00040000u;  // sizable
 constexpr uint32_t kWsMinimizeBox = 0x00020000u;
+constexpr uint32_t kWsMaximizeBox = 0x00010000u;
 constexpr uint32_t kWsExToolWindow = 0x00000080u;
 constexpr uint32_t kWsExTopmost = 0x00000008u;
 constexpr uint32_t kWsExAppWindow = 0x00040000u;

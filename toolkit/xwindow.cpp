@@ -7,6 +7,11 @@
 #include "toolkit/views.h"
 
 namespace {
+clModalHook modalHook = nullptr;
+void* modalHookContext = nullptr;
+}  // namespace
+
+namespace {
 
 // The process-wide window table; its lock also guards the class counter.
 struct clWindowTable {
@@ -219,11 +224,17 @@ void XWindow::CenterOver(clWindowHandle window) {
                  kKeepPlacement, kKeepPlacement);
 }
 
+void SetModalHook(clModalHook hook, void* context) {
+    modalHook = hook;
+    modalHookContext = context;
+}
+
 int32_t XWindow::RunModal() {
     if (windowHandle == nullptr) return -1;
     WindowShow(windowHandle, true);
     modal = true;
     modalCode = 0;
+    if (modalHook != nullptr) WindowPost(windowHandle, kWmModalHook, 0, 0);
     int32_t code = ToolkitRunLoop();
     modal = false;
     return modalCode != 0 ? modalCode : code;
@@ -264,6 +275,11 @@ intptr_t XWindow::Procedure(clWindowHandle window, uint32_t message, uintptr_t w
     }
     XWindow* object = FromHandle(window);
     if (object == nullptr) return 0;
+    if (message == kWmModalHook) {
+        *useDefault = false;
+        if (modalHook != nullptr) modalHook(*object, modalHookContext);
+        return 0;
+    }
     intptr_t result = object->Dispatch(message, wParam, lParam);
     *useDefault = object->handled == 0;
     if (message == kWmNotify && *useDefault && lParam != 0) {

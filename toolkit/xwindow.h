@@ -31,6 +31,11 @@ struct clTimerRecord {
     uint64_t userValue = 0;
 };
 
+// Tests drive modal windows: the hook runs inside the window's loop, once
+// it shows, for every RunModal. Null removes it.
+using clModalHook = void (*)(class XWindow& window, void* context);
+QV_TOOLKIT_API void SetModalHook(clModalHook hook, void* context);
+
 class QV_TOOLKIT_API XWindow {
 public:
     uint32_t handled = 0;

@@ -74,6 +74,17 @@ void Notify(QWidget* control, uint32_t code) {
                  reinterpret_cast<intptr_t>(HandleOf(control)));
 }
 
+// A text's "&&" is one "&", and a lone "&" marks a key, as in a Win32
+// static text; a QLabel shows every "&" as it is.
+QString LabelText(const QString& text) {
+    QString shown;
+    for (int i = 0; i < text.size(); ++i) {
+        if (text[i] == u'&' && i + 1 < text.size()) ++i;
+        shown.append(text[i]);
+    }
+    return shown;
+}
+
 QLineEdit* LineEditOf(QWidget* widget) {
     if (auto* edit = qobject_cast<QLineEdit*>(widget)) return edit;
     if (auto* combo = qobject_cast<QComboBox*>(widget)) return combo->lineEdit();
@@ -99,7 +110,7 @@ clWindowHandle CreateControl(clControlKind kind, clWindowHandle parent, uint32_t
     QWidget* control = nullptr;
     QString caption = ToQString(text);
     switch (kind) {
-        case kControlStatic: control = new QLabel(caption, host); break;
+        case kControlStatic: control = new QLabel(LabelText(caption), host); break;
         case kControlButton:
         case kControlPaintedButton: {
             auto* button = new QPushButton(caption, host);
@@ -173,7 +184,7 @@ void WindowSetText(clWindowHandle window, const clString& text) {
     QWidget* widget = WidgetOf(window);
     if (widget == nullptr) return;
     QString value = ToQString(text);
-    if (auto* label = qobject_cast<QLabel*>(widget)) label->setText(value);
+    if (auto* label = qobject_cast<QLabel*>(widget)) label->setText(LabelText(value));
     else if (auto* button = qobject_cast<QAbstractButton*>(widget)) button->setText(value);
     else if (auto* edit = qobject_cast<QLineEdit*>(widget)) edit->setText(value);
     else if (auto* lines = qobject_cast<QPlainTextEdit*>(widget)) lines->setPlainText(value);

@@ -58,6 +58,8 @@ public:
 
     clQtView(QWidget* parent, bool tree) : QTreeWidget(parent), isTree(tree) {
         setItemDelegate(new clQtViewDelegate(this));
+        // Rows don't light up under the pointer, as on Windows.
+        viewport()->setAttribute(Qt::WA_Hover, false);
         setUniformRowHeights(true);
         setEditTriggers(QAbstractItemView::NoEditTriggers);
         setExpandsOnDoubleClick(tree);
@@ -71,6 +73,8 @@ public:
             setSelectionMode(QAbstractItemView::ExtendedSelection);
             setSelectionBehavior(QAbstractItemView::SelectRows);
             setAllColumnsShowFocus(true);
+            // Paths keep their start and their file name when cut.
+            setTextElideMode(Qt::ElideMiddle);
             header()->setStretchLastSection(false);
             header()->setSectionsClickable(true);
             connect(header(), &QHeaderView::sectionClicked, this, [this](int column) {
@@ -231,6 +235,12 @@ public:
     }
 
 protected:
+    // Focus alone makes no row the current one, as on Windows.
+    void focusInEvent(QFocusEvent* event) override {
+        bool hadCurrent = currentIndex().isValid();
+        QTreeWidget::focusInEvent(event);
+        if (!hadCurrent && !isTree) selectionModel()->setCurrentIndex(QModelIndex(), QItemSelectionModel::NoUpdate);
+    }
     void mousePressEvent(QMouseEvent* event) override {
         if (isTree) {
             QTreeWidget::mousePressEvent(event);

@@ -218,8 +218,10 @@ void PrintTree(HWND window, HWND root, HDC dc) {
     // The window grabbed draws as it would show; of its children, those
     // that are shown.
     if (window != root && (GetWindowLongW(window, GWL_STYLE) & WS_VISIBLE) == 0) return;
-    RECT rootRect;
-    GetWindowRect(root, &rootRect);
+    // Places are taken from the root's client corner: a frame isn't drawn.
+    POINT corner{0, 0};
+    ClientToScreen(root, &corner);
+    RECT rootRect{corner.x, corner.y, corner.x, corner.y};
     RECT windowRect;
     GetWindowRect(window, &windowRect);
     POINT client{0, 0};
@@ -258,9 +260,10 @@ void PrintTree(HWND window, HWND root, HDC dc) {
 }  // namespace
 
 clImageHandle WindowGrab(clWindowHandle window) {
+    // The client area, as Qt grabs it: a frame is the window manager's.
     HWND handle = HwndOf(window);
     RECT area;
-    if (!GetWindowRect(handle, &area) || area.right <= area.left || area.bottom <= area.top) return nullptr;
+    if (!GetClientRect(handle, &area) || area.right <= area.left || area.bottom <= area.top) return nullptr;
     clImageHandle image = CreateImage(area.right - area.left, area.bottom - area.top);
     clWinImage* picture = WinImageOf(image);
     HDC dc = CreateCompatibleDC(nullptr);
