@@ -6,6 +6,7 @@
 #include "foundation/messagebox.h"
 #include "foundation/platform/processinfo.h"
 #include "frontend/frmconverting.h"
+#include "frontend/frmerrorsinfo.h"
 #include "frontend/frmoverwrite.h"
 #include "toolkit/application.h"
 
@@ -63,6 +64,11 @@ clConversionServices WindowServices() {
         clMessageBox(text, clString(clProgramCaption), 0x40);
     };
     services.showLogs = [](const clLogEntries& errors, const clLogEntries& infos) {
+        if (QuestionsAllowed()) {
+            frmErrorsInfo window(&errors, &infos, true);
+            window.Run(nullptr);
+            return;
+        }
         clMessageBox(LogsText(errors, infos), clString(clProgramCaption), errors.Count() > 0 ? 0x30u : 0x40u);
     };
     return services;

@@ -10,6 +10,7 @@
 #include "foundation/platform/power.h"
 #include "foundation/settingnames.h"
 #include "foundation/settings.h"
+#include "frontend/frmerrorsinfo.h"
 #include "toolkit/controls.h"
 
 namespace {
@@ -479,12 +480,13 @@ void frmConverting::ChooseMenu(uint32_t id) {
     Refresh();
 }
 
-// The logs as a message until the errors and information window exists.
+// The logs as they stand, during the run. Ticks go on in the window's
+// loop, on this thread, so a result is never added while the tree fills;
+// one added later shows when the page is filled again. Re-converting
+// waits for the end of the batch.
 void frmConverting::ShowLogWindow(const clLogEntries& errors, const clLogEntries& infos, bool final) {
-    if (errors.Count() == 0 && infos.Count() == 0) return;
-    clString text = LogsText(errors, infos);
-    clMessageBox(text, clString(final ? u"Quillotone Track Converter: Logs" : u"Quillotone Track Converter"),
-                 errors.Count() > 0 ? 0x30u : 0x40u);
+    frmErrorsInfo window(&errors, &infos, final);
+    window.Run(windowHandle);
 }
 
 intptr_t frmConverting::OnClose() {

@@ -55,6 +55,8 @@ QV_TOOLKIT_API clWindowHandle WindowChild(clWindowHandle parent, uint32_t id);
 QV_TOOLKIT_API void WindowInvalidate(clWindowHandle window, const clRect* rect);
 QV_TOOLKIT_API void WindowUpdate(clWindowHandle window);
 QV_TOOLKIT_API void WindowSetFocus(clWindowHandle window);
+// Puts a control above its siblings, where they overlap.
+QV_TOOLKIT_API void WindowBringToTop(clWindowHandle window);
 // Gives the focus to the control after this one in the tab order.
 QV_TOOLKIT_API void WindowFocusNext(clWindowHandle window);
 // The window under a screen point (the deepest child), or null.

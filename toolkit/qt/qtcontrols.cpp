@@ -328,6 +328,10 @@ clRect TabDisplayArea(clWindowHandle tabs) {
     return clRect{place.x() + 1, place.y() + top + 1, place.x() + place.width() - 1, place.y() + place.height() - 1};
 }
 
+void WindowBringToTop(clWindowHandle window) {
+    if (QWidget* widget = WidgetOf(window)) widget->raise();
+}
+
 void WindowSetFocus(clWindowHandle window) {
     if (QWidget* widget = WidgetOf(window)) widget->setFocus(Qt::OtherFocusReason);
 }

@@ -168,6 +168,10 @@ void WindowInvalidate(clWindowHandle window, const clRect* rect) {
 }
 
 void WindowUpdate(clWindowHandle window) { UpdateWindow(HwndOf(window)); }
+void WindowBringToTop(clWindowHandle window) {
+    SetWindowPos(HwndOf(window), HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+}
+
 void WindowSetFocus(clWindowHandle window) { SetFocus(HwndOf(window)); }
 
 void WindowFocusNext(clWindowHandle window) {
@@ -243,6 +247,8 @@ void PrintTree(HWND window, HWND root, HDC dc) {
         HDC own = CreateCompatibleDC(dc);
         HBITMAP bitmap = CreateCompatibleBitmap(dc, clientRect.right, clientRect.bottom);
         HGDIOBJ old = SelectObject(own, bitmap);
+        // What a control leaves unpainted shows its parent, as on screen.
+        BitBlt(own, 0, 0, clientRect.right, clientRect.bottom, dc, x, y, SRCCOPY);
         PrintClient(window, own);
         BitBlt(dc, x, y, clientRect.right, clientRect.bottom, own, 0, 0, SRCCOPY);
         SelectObject(own, old);
