@@ -5,6 +5,9 @@
 #include "engine/conversionjob.h"
 #include "foundation/clstring.h"
 
+// The item of a file: "Error converting to FLAC, 'a.wav' to 'a.flac'".
+clString LogFileItemText(const clLogEntry& entry, bool isError);
+
 // One item per file that has lines: "Error converting to <encoder>,
 // '<source>' to '<output>'" (or "Information ..."), then each line after
 // three blanks, then a line of three blanks; CR LF between lines. Files

@@ -1,5 +1,6 @@
 #include "frontend/frmerrorsinfo.h"
 
+#include "engine/logreport.h"
 #include "foundation/pathtext.h"
 #include "foundation/platform/processinfo.h"
 #include "toolkit/application.h"
@@ -47,18 +48,6 @@ clImageHandle DrawIcon(int32_t kind, int32_t size) {
 
 }  // namespace
 
-clString LogFileItemText(const clLogEntry& entry, bool isError) {
-    clString text(isError ? u"Error" : u"Information");
-    text.Append(u" converting to ");
-    text.Append(entry.encoderName);
-    text.Append(u", '");
-    text.Append(entry.sourcePath);
-    text.Append(u"' to '");
-    text.Append(entry.outputPath);
-    text.Append(u"'");
-    return text;
-}
-
 int32_t WheelSteps(int32_t delta) {
     int32_t steps = (delta < 0 ? -delta : delta) / 120;
     if (steps == 0) steps = 1;
@@ -84,9 +73,7 @@ frmErrorsInfo::~frmErrorsInfo() {
 
 bool frmErrorsInfo::Open(clWindowHandle owner) {
     if (!hasErrors && !hasInfos) return false;
-    clString title(u"Quillotone: Conversion ");
-    title.Append(hasErrors ? u"Errors" : u"Information");
-    if (hasErrors && hasInfos) title.Append(u" & Information");
+    clString title = LogReportTitle(hasErrors, hasInfos);
     clRect place = clRect::Sized(0, 0, U(640), U(400));
     if (!Create(title, place, kWsCaption | kWsSysMenu | kWsThickFrame, 0, owner)) return false;
     if (owner != nullptr) CenterOver(owner);

@@ -85,7 +85,5 @@ private:
     clImageHandle images[3] = {};
 };
 
-// The tree's text of a file: "Error converting to FLAC, 'a.wav' to 'a.flac'".
-clString LogFileItemText(const clLogEntry& entry, bool isError);
 // How many wheel steps of 120 a delta makes: at least one, in its direction.
 int32_t WheelSteps(int32_t delta);

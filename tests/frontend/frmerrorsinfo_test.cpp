@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "engine/logreport.h"
 #include "foundation/file.h"
 #include "foundation/folders.h"
 #include "foundation/pathtext.h"
@@ -107,6 +108,7 @@ TEST(ErrorsInfoWindow, TheReportOfTwoFilesGoesToTheClipboardAndThePopupFoldsTheT
         u"   The encoder refused the sample rate\r\n"
         u"   ";
     EXPECT_EQ(Text(form.ReportText()), expected);
+    EXPECT_EQ(Text(LogReportText(errors, true)), expected) << "the terminal prints the same report";
     WindowSend(form.windowHandle, kWmCommand, clMakeWParam(kIdCopyLog, kBnClicked), 0);
     EXPECT_EQ(Text(ClipboardGetText()), expected);
 
