@@ -65,6 +65,12 @@ constexpr clTextSetting kEntryEffectsSetting{u"QVTDSPEffects"};
 // The decoder that read each extension last: a value per extension.
 constexpr const char16_t* kDecoderCacheKey = QV_SETTINGS_ROOT u"\\DecoderCache64";
 
+// Shared preferences; nothing in this program writes them.
+constexpr const char16_t* kRefKey = QV_SETTINGS_ROOT u"\\Ref";
+// How list and rename shows lengths: a FormatDuration mode; 0 or missing
+// is 1, and 4 shows as 0.
+constexpr clNumberSetting kUnitsTimeSetting{u"UnitsTime", 1};
+
 // Tagging defaults for the codec libraries, seeded at the first start.
 constexpr const char16_t* kTaggingKey = QV_SETTINGS_ROOT u"\\Tagging";
 // Seeded 3: ID3v1 and ID3v2. Its absence marks a first start.

@@ -1,9 +1,7 @@
 #include "frontend/frmoverwrite.h"
 
-#include "foundation/datetime.h"
 #include "foundation/folders.h"
 #include "foundation/pathtext.h"
-#include "foundation/platform/clock.h"
 #include "toolkit/application.h"
 #include "toolkit/controls.h"
 #include "toolkit/views.h"
@@ -29,17 +27,6 @@ clString Clipped(const clString& text) {
 }
 
 }  // namespace
-
-clString UniqueNameSuffix() {
-    clSystemTime now = PlatformGetLocalTime();
-    clString picture;
-    PlatformGetShortDatePicture(picture);
-    clString suffix(u" - ");
-    suffix.Append(FormatDatePicture(now, picture));
-    suffix.Append(u" ");
-    suffix.Append(FormatTimePicture(now, clString(u"HH:mm:ss")));
-    return suffix;
-}
 
 frmOverwrite::frmOverwrite(int32_t* resultOut, clOverwriteItems& overwriteItems, const clString& encoder,
                            const clString& extension)
@@ -111,9 +98,8 @@ intptr_t frmOverwrite::OnCreate() {
         const clOverwriteItem& item = (*items)[i];
         int64_t image = -1;
         extensions.Find(item.extension.text, true, &image);
-        int32_t row = list.InsertItem(-1, RemoveExtension(item.newPath), static_cast<int32_t>(image));
+        int32_t row = list.InsertItem(-1, RemoveExtension(item.newPath), static_cast<int32_t>(image), true);
         list.SetItemText(row, 1, item.extension);
-        list.SetChecked(row, true);
     }
     WindowSetRedraw(list.controlHandle, true);
     clRect client = WindowClientRect(windowHandle);
@@ -156,24 +142,14 @@ void frmOverwrite::CountOverwrites(int32_t row, const clString& text) {
 }
 
 void frmOverwrite::CheckAll(bool checked) {
-    WindowSetRedraw(list.controlHandle, false);
-    list.SetChecked(-1, checked);
-    WindowSetRedraw(list.controlHandle, true);
+    SetAllChecked(list, checked);
     CountOverwrites(-1, clString());
 }
 
 void frmOverwrite::MakeAllUnique() {
-    list.valueControl.Commit();
     // The same suffix for every row: jobs that collided with each other
     // still do, and ExamineJobs parts them afterwards.
-    clString suffix = UniqueNameSuffix();
-    WindowSetRedraw(list.controlHandle, false);
-    for (int32_t row = 0; row < list.GetItemCount(); ++row) {
-        clString text = list.GetItemText(row, 0);
-        text.Append(suffix);
-        list.SetItemText(row, 0, text);
-    }
-    WindowSetRedraw(list.controlHandle, true);
+    AppendToNames(list, UniqueNameSuffix());
     for (int32_t row = 0; row < list.GetItemCount(); ++row) CountOverwrites(row, list.GetItemText(row, 0));
 }
 
@@ -202,12 +178,7 @@ void frmOverwrite::CommitRows() {
 }
 
 void frmOverwrite::ShowPopup(clPoint screenPoint) {
-    clMenu menu;
-    menu.Add(u"Check All", kMenuCheckAll);
-    menu.Add(u"Uncheck All", kMenuUncheckAll);
-    menu.AddSeparator();
-    menu.Add(u"Give All Unique Filenames (Append Time & Date)", kMenuUniqueNames);
-    switch (menu.TrackPopup(windowHandle, screenPoint.x, screenPoint.y)) {
+    switch (TrackRenameListPopup(windowHandle, screenPoint, true)) {
         case kMenuCheckAll: CheckAll(true); break;
         case kMenuUncheckAll: CheckAll(false); break;
         case kMenuUniqueNames: MakeAllUnique(); break;

@@ -10,17 +10,15 @@
 #include "engine/conversionjob.h"
 #include "foundation/clstring.h"
 #include "foundation/pointerarray.h"
+#include "frontend/renamelist.h"
 #include "toolkit/listview.h"
 #include "toolkit/xwindow.h"
 
-// Control ids, and the popup's commands.
+// Control ids.
 constexpr uint32_t kIdOverwriteHint = 1012;
 constexpr uint32_t kIdOverwriteList = 1031;
 constexpr uint32_t kIdUniqueNames = 4;
 constexpr uint32_t kIdSkipExisting = 3;
-constexpr uint32_t kMenuCheckAll = 10001;
-constexpr uint32_t kMenuUncheckAll = 10002;
-constexpr uint32_t kMenuUniqueNames = 10003;
 
 class frmOverwrite : public XWindow {
 public:
@@ -75,6 +73,3 @@ public:
 private:
     void End(int32_t code);
 };
-
-// The suffix "Unique Names" appends: " - ", the short date and the time.
-clString UniqueNameSuffix();

@@ -191,8 +191,8 @@ int32_t XListView::InsertColumn(int32_t index, const clString& title, int32_t wi
 
 void XListView::SetColumnWidth(int32_t column, int32_t width) { ListViewSetColumnWidth(controlHandle, column, width); }
 
-int32_t XListView::InsertItem(int32_t index, const clString& text, int32_t image) {
-    return ListViewInsertItem(controlHandle, index, text, image);
+int32_t XListView::InsertItem(int32_t index, const clString& text, int32_t image, bool checked) {
+    return ListViewInsertItem(controlHandle, index, text, image, checked ? kStateChecked : kStateUnchecked);
 }
 
 void XListView::SetItemText(int32_t row, int32_t column, const clString& text) {

@@ -86,7 +86,7 @@ public:
 
     int32_t InsertColumn(int32_t index, const clString& title, int32_t width, bool rightAligned = false);
     void SetColumnWidth(int32_t column, int32_t width);
-    int32_t InsertItem(int32_t index, const clString& text, int32_t image = -1);
+    int32_t InsertItem(int32_t index, const clString& text, int32_t image = -1, bool checked = false);
     void SetItemText(int32_t row, int32_t column, const clString& text);
     clString GetItemText(int32_t row, int32_t column) const;
     void DeleteItem(int32_t row);

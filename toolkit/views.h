@@ -92,11 +92,15 @@ QV_TOOLKIT_API int32_t ListViewInsertColumn(clWindowHandle view, int32_t index, 
 QV_TOOLKIT_API void ListViewSetColumnWidth(clWindowHandle view, int32_t column, int32_t width);
 QV_TOOLKIT_API int32_t ListViewColumnWidth(clWindowHandle view, int32_t column);
 QV_TOOLKIT_API int32_t ListViewColumnCount(clWindowHandle view);
-// A row at `index` (-1: the end) with the first column's text and an
-// icon index (-1: none). Answers its index.
-QV_TOOLKIT_API int32_t ListViewInsertItem(clWindowHandle view, int32_t index, const clString& text, int32_t image);
+// A row at `index` (-1: the end) with the first column's text, an icon
+// index (-1: none) and its check state (kStateChecked, kStateUnchecked or
+// 0 for unchecked), set as it is made. Answers its index.
+QV_TOOLKIT_API int32_t ListViewInsertItem(clWindowHandle view, int32_t index, const clString& text, int32_t image,
+                                          uint32_t checkState = 0);
 QV_TOOLKIT_API void ListViewSetItemText(clWindowHandle view, int32_t row, int32_t column, const clString& text);
 QV_TOOLKIT_API clString ListViewGetItemText(clWindowHandle view, int32_t row, int32_t column);
+// Room for this many rows before a long fill.
+QV_TOOLKIT_API void ListViewReserve(clWindowHandle view, int32_t rows);
 QV_TOOLKIT_API void ListViewDeleteItem(clWindowHandle view, int32_t row);
 QV_TOOLKIT_API void ListViewDeleteAll(clWindowHandle view);
 QV_TOOLKIT_API int32_t ListViewCount(clWindowHandle view);

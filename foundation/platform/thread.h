@@ -34,6 +34,9 @@ int32_t PlatformProcessorCount();
 // Raises the calling thread to above-normal priority. POSIX lowers its
 // nice value by one where the user's limits allow, else nothing changes.
 void PlatformRaiseThreadPriority();
+// Lowers the calling thread to the lowest priority for background reading:
+// THREAD_PRIORITY_LOWEST on Windows, nice 19 on POSIX.
+void PlatformLowerThreadPriority();
 
 struct clProcessStart {
     clString commandLine;  // Windows rules; POSIX splits it the same way

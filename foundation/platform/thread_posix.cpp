@@ -149,6 +149,8 @@ void PlatformRaiseThreadPriority() {
     if (errno == 0) setpriority(PRIO_PROCESS, self, nice - 1);
 }
 
+void PlatformLowerThreadPriority() { setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), 19); }
+
 bool PlatformCreateProcess(const clProcessStart& start, clProcessHandle* process) {
     *process = 0;
     NativeArguments native = SplitNativeArguments(start.commandLine);

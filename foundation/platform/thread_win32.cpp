@@ -66,6 +66,8 @@ int32_t PlatformProcessorCount() {
 
 void PlatformRaiseThreadPriority() { SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_ABOVE_NORMAL); }
 
+void PlatformLowerThreadPriority() { SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_LOWEST); }
+
 bool PlatformCreateProcess(const clProcessStart& start, clProcessHandle* process) {
     *process = 0;
     clString line(start.commandLine);

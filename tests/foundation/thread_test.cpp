@@ -11,6 +11,14 @@
 #include "foundation/pathtext.h"
 #include "foundation/platform/processinfo.h"
 #include "foundation/processrunner.h"
+#include "foundation/platform/thread.h"
+
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <sys/resource.h>
+#include <unistd.h>
+#endif
 #include "tests/support/testfolder.h"
 
 namespace {
@@ -143,4 +151,30 @@ TEST(ProcessRunner, TimeoutWithTerminateEndsTheChild) {
     PlatformSleep(1500);
     EXPECT_FALSE(PathExists(marker));
     EXPECT_FALSE(RunCommandLine(clString(u"\"/no/such/program\" x")));
+}
+
+// A background reader's thread goes to the lowest priority, and only that
+// thread does.
+TEST(ThreadPriority, LoweringTakesTheCallingThreadToTheLowest) {
+    std::atomic<int> seen{-100};
+    clThread thread;
+    thread.Start(
+        [](XEvent&, void* argument) {
+            PlatformLowerThreadPriority();
+#ifdef _WIN32
+            static_cast<std::atomic<int>*>(argument)->store(GetThreadPriority(GetCurrentThread()));
+#else
+            errno = 0;
+            static_cast<std::atomic<int>*>(argument)->store(getpriority(PRIO_PROCESS, static_cast<id_t>(gettid())));
+#endif
+        },
+        &seen, 5000);
+    thread.Close();
+#ifdef _WIN32
+    EXPECT_EQ(seen.load(), THREAD_PRIORITY_LOWEST);
+    EXPECT_EQ(GetThreadPriority(GetCurrentThread()), THREAD_PRIORITY_NORMAL);
+#else
+    EXPECT_EQ(seen.load(), 19);
+    EXPECT_LT(getpriority(PRIO_PROCESS, static_cast<id_t>(gettid())), 19);
+#endif
 }

@@ -430,7 +430,8 @@ int32_t ListViewColumnCount(clWindowHandle window) {
     return view != nullptr ? view->columnCount() : 0;
 }
 
-int32_t ListViewInsertItem(clWindowHandle window, int32_t index, const clString& text, int32_t image) {
+int32_t ListViewInsertItem(clWindowHandle window, int32_t index, const clString& text, int32_t image,
+                           uint32_t checkState) {
     clQtView* view = ListOf(window);
     if (view == nullptr) return -1;
     int count = view->topLevelItemCount();
@@ -441,7 +442,9 @@ int32_t ListViewInsertItem(clWindowHandle window, int32_t index, const clString&
     for (int c = 0; c < view->columnCount(); ++c) {
         item->setData(c, Qt::TextAlignmentRole, view->headerItem()->data(c, Qt::TextAlignmentRole));
     }
-    if (view->checkBoxes) item->setCheckState(0, Qt::Unchecked);
+    if (view->checkBoxes) {
+        item->setCheckState(0, (checkState & kStateImageMask) == kStateChecked ? Qt::Checked : Qt::Unchecked);
+    }
     if (image >= 0 && image < view->images.size()) item->setIcon(0, view->images[image]);
     view->insertTopLevelItem(index, item);
     if (view->anchor >= index) ++view->anchor;
@@ -459,6 +462,9 @@ clString ListViewGetItemText(clWindowHandle window, int32_t row, int32_t column)
     QTreeWidgetItem* item = view != nullptr ? view->topLevelItem(row) : nullptr;
     return item != nullptr ? FromQString(item->text(column)) : clString();
 }
+
+// A tree widget has no use for the hint.
+void ListViewReserve(clWindowHandle, int32_t) {}
 
 void ListViewDeleteItem(clWindowHandle window, int32_t row) {
     clQtView* view = ListOf(window);

@@ -217,13 +217,20 @@ int32_t ListViewColumnCount(clWindowHandle view) {
     return header != nullptr ? static_cast<int32_t>(SendMessageW(header, HDM_GETITEMCOUNT, 0, 0)) : 0;
 }
 
-int32_t ListViewInsertItem(clWindowHandle view, int32_t index, const clString& text, int32_t image) {
+int32_t ListViewInsertItem(clWindowHandle view, int32_t index, const clString& text, int32_t image,
+                           uint32_t checkState) {
     LVITEMW item{};
     item.mask = LVIF_TEXT | (image >= 0 ? LVIF_IMAGE : 0);
     item.iItem = index < 0 ? 0x7FFFFFFF : index;
     item.pszText = const_cast<wchar_t*>(Wide(text));
     item.iImage = image;
-    return static_cast<int32_t>(SendMessageW(HwndOf(view), LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item)));
+    auto row = static_cast<int32_t>(SendMessageW(HwndOf(view), LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item)));
+    // A list with check boxes gives a new row the unchecked image whatever
+    // the insert asks: the state is set after.
+    if (row >= 0 && (checkState & kStateImageMask) == kStateChecked) {
+        ListViewSetState(view, row, kStateChecked, kStateImageMask);
+    }
+    return row;
 }
 
 void ListViewSetItemText(clWindowHandle view, int32_t row, int32_t column, const clString& text) {
@@ -245,6 +252,10 @@ clString ListViewGetItemText(clWindowHandle view, int32_t row, int32_t column) {
         if (length + 1 < buffer.size()) return FromWide(buffer.data());
         buffer.resize(buffer.size() * 4);
     }
+}
+
+void ListViewReserve(clWindowHandle view, int32_t rows) {
+    SendMessageW(HwndOf(view), LVM_SETITEMCOUNT, static_cast<WPARAM>(rows), LVSICF_NOINVALIDATEALL);
 }
 
 void ListViewDeleteItem(clWindowHandle view, int32_t row) { SendMessageW(HwndOf(view), LVM_DELETEITEM, row, 0); }
