@@ -82,6 +82,9 @@ TEST_F(OverwriteTest, EveryConflictStartsCountedAndTheButtonSaysWhatWillHappen) 
     // Unchecking one row, then all through the popup.
     form.list.SetChecked(1, false);
     EXPECT_TRUE(Caption(form).Equals(u"Overwrite (2)"));
+    form.list.SetChecked(0, false);
+    EXPECT_TRUE(Caption(form).Equals(u"Overwrite (1)")) << "one file is still an overwrite";
+    EXPECT_TRUE(WindowIsEnabled(form.skipButton));
     Popup(form, kMenuUncheckAll);
     EXPECT_TRUE(Caption(form).Equals(u"Convert"));
     EXPECT_FALSE(WindowIsEnabled(form.skipButton));
