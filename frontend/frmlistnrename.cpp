@@ -199,9 +199,7 @@ void frmListNRename::FillRows() {
     list.InsertColumn(4, u"Estimated Size", U(85), true);
     // A heading wider than its 85 units widens its column: none is cut.
     for (int32_t column = 2; column <= 4; ++column) {
-        int32_t least = ListViewColumnWidth(list.controlHandle, column);
-        list.SetColumnWidth(column, -2);
-        if (ListViewColumnWidth(list.controlHandle, column) < least) list.SetColumnWidth(column, least);
+        list.SetColumnWidth(column, std::max(U(85), ListViewHeadingWidth(list.controlHandle, column)));
     }
     FitPathColumns();
     clString iconFile = JoinPath(JoinPath(GetProgramFolder(), u"encoder"), encoderName);
@@ -275,7 +273,9 @@ void frmListNRename::FillRows() {
 void frmListNRename::FitPathColumns() {
     int32_t others = 0;
     for (int32_t column = 2; column <= 4; ++column) others += ListViewColumnWidth(list.controlHandle, column);
-    int32_t w = std::max(U(200), (WindowClientRect(list.controlHandle).Width() - std::max(U(275), others + U(20))) / 2);
+    // 20 more for the vertical scroll bar.
+    int32_t rest = WindowClientRect(list.controlHandle).Width() - std::max(U(275), others + U(20));
+    int32_t w = std::max(U(200), rest / 2);
     list.SetColumnWidth(0, w * 5 / 4);
     list.SetColumnWidth(1, w * 3 / 4);
 }

@@ -91,6 +91,8 @@ QV_TOOLKIT_API int32_t ListViewInsertColumn(clWindowHandle view, int32_t index, 
 // -1 fits the contents, -2 the larger of contents and heading.
 QV_TOOLKIT_API void ListViewSetColumnWidth(clWindowHandle view, int32_t column, int32_t width);
 QV_TOOLKIT_API int32_t ListViewColumnWidth(clWindowHandle view, int32_t column);
+// The width a column needs to show its whole heading.
+QV_TOOLKIT_API int32_t ListViewHeadingWidth(clWindowHandle view, int32_t column);
 QV_TOOLKIT_API int32_t ListViewColumnCount(clWindowHandle view);
 // A row at `index` (-1: the end) with the first column's text, an icon
 // index (-1: none) and its check state (kStateChecked, kStateUnchecked or

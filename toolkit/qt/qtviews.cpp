@@ -425,6 +425,11 @@ int32_t ListViewColumnWidth(clWindowHandle window, int32_t column) {
     return view != nullptr ? view->columnWidth(column) : 0;
 }
 
+int32_t ListViewHeadingWidth(clWindowHandle window, int32_t column) {
+    clQtView* view = ListOf(window);
+    return view != nullptr ? view->header()->sectionSizeHint(column) : 0;
+}
+
 int32_t ListViewColumnCount(clWindowHandle window) {
     clQtView* view = ListOf(window);
     return view != nullptr ? view->columnCount() : 0;

@@ -212,6 +212,18 @@ int32_t ListViewColumnWidth(clWindowHandle view, int32_t column) {
     return static_cast<int32_t>(SendMessageW(HwndOf(view), LVM_GETCOLUMNWIDTH, column, 0));
 }
 
+int32_t ListViewHeadingWidth(clWindowHandle view, int32_t column) {
+    wchar_t title[256] = {};
+    LVCOLUMNW record{};
+    record.mask = LVCF_TEXT;
+    record.pszText = title;
+    record.cchTextMax = 255;
+    if (SendMessageW(HwndOf(view), LVM_GETCOLUMNW, column, reinterpret_cast<LPARAM>(&record)) == 0) return 0;
+    // The heading's margins on both sides, as the header draws them.
+    auto width = static_cast<int32_t>(SendMessageW(HwndOf(view), LVM_GETSTRINGWIDTHW, 0, reinterpret_cast<LPARAM>(title)));
+    return width + 16;
+}
+
 int32_t ListViewColumnCount(clWindowHandle view) {
     auto header = reinterpret_cast<HWND>(SendMessageW(HwndOf(view), LVM_GETHEADER, 0, 0));
     return header != nullptr ? static_cast<int32_t>(SendMessageW(header, HDM_GETITEMCOUNT, 0, 0)) : 0;
