@@ -15,6 +15,7 @@
 #include "foundation/stringlist.h"
 #include "plugins/codechandler.h"
 #include "plugins/effectstring.h"
+#include "plugins/encoderentries.h"
 #include "plugins/filetypes.h"
 
 namespace qvt {
@@ -67,7 +68,7 @@ of the windows stay as they are.
 )help";
 
 std::u16string QvtEntryKey(const std::u16string& entry) {
-    return std::u16string(kSettingsRoot) + u"\\" + kEntriesKeyName + u"\\" + entry + u"\\qvt";
+    return EntryKeyPath(clString(entry.c_str()), clString(u"qvt")).text;
 }
 
 std::vector<std::string> DecoderExtensions() {

@@ -14,6 +14,7 @@
 #include "naming/outputpath.h"
 #include "plugins/codechandler.h"
 #include "plugins/decodercache.h"
+#include "plugins/encoderentries.h"
 #include "plugins/filetypes.h"
 #include "plugins/sourcefile.h"
 
@@ -246,16 +247,10 @@ int ProfileCommand(const std::vector<std::string>& words) {
     if (!ParseArguments(words, {{"to", true}, {"options", true}}, args, error)) return Fail(kExitUsage, error);
     const std::vector<std::string>& p = args.positional;
     SetSettingsRoot(kSettingsHive, kSettingsRoot);
-    std::u16string codecs = std::u16string(kSettingsRoot) + u"\\" + kEntriesKeyName;
     if (p.size() == 1 && p[0] == "list") {
-        clStringList names;
-        EnumSettingKeys(codecs.c_str(), names);
-        for (int64_t i = 0; i < names.Count(); ++i) {
-            // A profile's key ends in the quote that closes its encoder's name.
-            if (names[i].Length() > 0 && names[i].CharAt(names[i].Length()) == u'"') {
-                std::printf("%s\n", Utf8(names[i]).c_str());
-            }
-        }
+        clStringList profiles;
+        ListProfiles(profiles);
+        for (int64_t i = 0; i < profiles.Count(); ++i) std::printf("%s\n", Utf8(profiles[i]).c_str());
         return StoreFailed() ? kExitFailed : kExitOk;
     }
     if (p.size() == 2 && p[0] == "create") {
@@ -267,18 +262,20 @@ int ProfileCommand(const std::vector<std::string>& words) {
         if (p[1].empty() || p[1].find('"') != std::string::npos) {
             return Fail(kExitUsage, "a profile's label can't be empty or hold a double quote");
         }
-        std::string entry = p[1] + " \"" + encoder + "\"";
-        std::u16string key = codecs + u"\\" + Text(entry).text;
-        if (!SetSettingText(Text(args.Last("options")), kEntryOptionsSetting.name, 0, key.c_str())) {
+        clString entry = ProfileEntryText(Text(p[1]), Text(encoder));
+        clStringList existing;
+        ListProfiles(existing);
+        if (ProfileNameTaken(entry, existing)) {
+            return Fail(kExitUsage, "a profile named '" + Utf8(entry) + "' exists already");
+        }
+        if (!SetSettingText(Text(args.Last("options")), kEntryOptionsSetting.name, 0, EntryKeyPath(entry, clString()).text)) {
             return Fail(kExitFailed, "the profile could not be stored");
         }
-        std::printf("%s\n", entry.c_str());
+        std::printf("%s\n", Utf8(entry).c_str());
         return kExitOk;
     }
     if (p.size() == 2 && p[0] == "delete") {
-        std::string entry = ProfileText(p[1]);
-        if (entry.empty() || entry.back() != '"') return Fail(kExitUsage, "'" + p[1] + "' is not a profile");
-        DeleteSettingKeyTree(codecs.c_str(), Text(entry).text);
+        if (!DeleteProfile(Text(ProfileText(p[1])))) return Fail(kExitUsage, "'" + p[1] + "' is not a profile");
         return kExitOk;
     }
     return Fail(kExitUsage, "unknown or incomplete profile command (see qvt profile --help)");

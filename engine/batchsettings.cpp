@@ -4,15 +4,13 @@
 #include "engine/globals.h"
 #include "foundation/settingnames.h"
 #include "foundation/settings.h"
-#include "foundation/specialfolder.h"
 #include "naming/expandnaming.h"
 #include "plugins/codechandler.h"
+#include "plugins/encoderentries.h"
 #include "plugins/effectstring.h"
 #include "foundation/commandoptions.h"
 
 namespace {
-
-constexpr int32_t kMusicFolder = 13;
 
 bool RulesNeedFacts(const clString& effectString) {
     clConditionalRules rules;
@@ -25,34 +23,12 @@ bool RulesNeedFacts(const clString& effectString) {
 
 }  // namespace
 
-clString EntrySettingsKey(const clString& selected, const clString& profile) {
-    clString key = clString::Formatted(u"%s\\%s\\%s", settingsRootKey.text, kEntriesKeyName, selected.text);
-    if (!profile.IsEmpty()) {
-        key.Append(u"\\");
-        key.Append(profile);
-    }
-    return key;
-}
-
-void ReadOutputTarget(const clString& settingsKey, clString& folder, clString& namingRule) {
-    uint32_t mode = GetSettingNumber(kEntryOutputModeSetting.name, settingsRootHive, settingsKey.text);
-    folder.Clear();
-    namingRule.Clear();
-    if (mode != 0) folder = GetSettingText(kEntryFolderSetting.name, settingsRootHive, settingsKey.text);
-    if (mode == 2) namingRule = GetSettingText(kEntryNamingSetting.name, settingsRootHive, settingsKey.text);
-    if (folder.IsEmpty()) folder = GetSpecialFolder(kMusicFolder);
-    if (mode < 2) namingRule.Clear();
-    if (mode == 0) folder.Clear();
-    if (folder.IsEmpty()) folder = u"[origdrive]";
-    if (namingRule.IsEmpty()) namingRule = u"[origpath]\\[origfilename]";
-}
-
 void ReadConversionSettings(const clString& selected, const clString& profile, clConversionSettings& settings) {
-    settings.settingsKey = EntrySettingsKey(selected, profile);
+    settings.settingsKey = EntryKeyPath(selected, profile);
     const char16_t* key = settings.settingsKey.text;
     settings.encoderName = EncoderOfProfile(selected);
     settings.encoderOptions = GetSettingText(kEntryOptionsSetting.name, settingsRootHive, key);
-    ReadOutputTarget(settings.settingsKey, settings.outputFolder, settings.namingRule);
+    LoadOutputSettings(settings.settingsKey, settings.outputFolder, settings.namingRule);
     settings.outputExtension = EncoderExtension(settings.encoderName);
     settings.dspEffects = GetSettingText(kEntryEffectsSetting.name, settingsRootHive, key);
 }

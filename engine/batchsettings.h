@@ -18,13 +18,6 @@ public:
     clString dspEffects;       // QVTDSPEffects
 };
 
-// "<root>\qvtCodec\<entry>", and "\<profile>" when there is one.
-clString EntrySettingsKey(const clString& selected, const clString& profile);
-
-// The folder and naming rule of QVTUserFolder: 0 beside the source under
-// its own name, 1 into a folder, 2 by a naming rule into a folder.
-void ReadOutputTarget(const clString& settingsKey, clString& folder, clString& namingRule);
-
 void ReadConversionSettings(const clString& selected, const clString& profile, clConversionSettings& settings);
 
 // True when the naming rule, a conditional rule's bitrate, frequency or

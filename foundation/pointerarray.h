@@ -63,6 +63,11 @@ public:
     T& operator[](int64_t index) const { return *entries.At<T>(index); }
     // Takes ownership of `item`.
     void Add(T* item) { entries.Add(item); }
+    void RemoveAt(int64_t index) {
+        if (index < 0 || index >= entries.count) return;
+        delete entries.At<T>(index);
+        entries.RemoveAt(index);
+    }
     void Clear() {
         for (int64_t i = 0; i < entries.count; ++i) delete entries.At<T>(i);
         entries.Reset();

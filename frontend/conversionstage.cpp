@@ -5,10 +5,17 @@
 #include "engine/terminalview.h"
 #include "foundation/messagebox.h"
 #include "foundation/platform/processinfo.h"
+#include "foundation/pathtext.h"
+#include "foundation/settings.h"
+#include "foundation/stringlist.h"
 #include "frontend/frmconverting.h"
+#include "frontend/frmconverttoopt.h"
 #include "frontend/frmerrorsinfo.h"
 #include "frontend/frmoverwrite.h"
+#include "plugins/filetypes.h"
+#include "plugins/sourcefile.h"
 #include "toolkit/application.h"
+#include "toolkit/dialogs.h"
 
 bool ConversionHasWindow() { return !globalConsole && ToolkitHasDisplay() && ToolkitStart(); }
 
@@ -85,4 +92,30 @@ void RunConversionStage(clConversionInput& input) {
         // No window could be made after all: the terminal shows it.
         RunConversionWindow(input);
     }
+}
+
+bool RunOptionsStage(clConversionInput& input) {
+    if (!ConversionHasWindow()) {
+        clMessageBox(u"Choosing how to convert needs the options window, and so a display. Without one, name the "
+                     u"encoder with -select_profile= and add -skip_ready_to_conv, or convert with qvt.",
+                     clString(clProgramCaption), 0x30);
+        return false;
+    }
+    UseToolkitMessageBoxes();
+    frmConvertToOpt window(input);
+    return window.Run(nullptr) == 1;
+}
+
+void RunOpenFileStage(clConversionInput& input) {
+    if (!ConversionHasWindow()) return;
+    clStringList filters;
+    ScanDecoders(true, nullptr, &filters);
+    clStringList chosen;
+    if (!ChooseFiles(nullptr, clString(u"Quillotone Track Converter: Select Audio File(s)"), filters,
+                     GetSettingText(u"LastAccessedFolder"), chosen)) {
+        return;
+    }
+    SetSettingText(GetFolderPart(chosen[0]), u"LastAccessedFolder");
+    // The dialog's filter has chosen them: they don't pass the extension test.
+    for (int64_t i = 0; i < chosen.Count(); ++i) input.sources.Add(new clSourceFile(chosen[i]));
 }

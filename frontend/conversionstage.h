@@ -8,6 +8,13 @@
 class clConversionInput;
 
 void RunConversionStage(clConversionInput& input);
+// The options window when there is a display; without one, a message
+// that says how to convert without it. True when the user chose to
+// convert.
+bool RunOptionsStage(clConversionInput& input);
+// The open-file dialog, when no files came on the command line: the files
+// chosen become sources as they are, and their folder is remembered.
+void RunOpenFileStage(clConversionInput& input);
 // True when the conversion is shown in a window: a display, no -console,
 // and the toolkit started.
 bool ConversionHasWindow();

@@ -5,6 +5,8 @@
 int main(int argc, char** argv) {
     PlatformSetArguments(argc, argv);
     clMainFlowStages stages = clMainFlowStages::Defaults();
+    stages.runOpenFileDialog = RunOpenFileStage;
+    stages.runOptionsWindow = RunOptionsStage;
     stages.runConversionWindow = RunConversionStage;
     return TrackConverterMain(stages);
 }

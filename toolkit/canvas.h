@@ -52,5 +52,11 @@ QV_TOOLKIT_API void DestroyImage(clImageHandle image);
 QV_TOOLKIT_API clCanvas* CanvasOnImage(clImageHandle image);
 // The colour of one pixel, 0x00BBGGRR; for tests of what was drawn.
 QV_TOOLKIT_API uint32_t ImagePixel(clImageHandle image, int32_t x, int32_t y);
+// The small icon the desktop shows for files with this extension (dot
+// included), and for a folder: the shell's on Windows, the icon theme's
+// (or the style's plain file and folder) on Linux. Never null while
+// the toolkit runs; the caller owns it.
+QV_TOOLKIT_API clImageHandle FileTypeIcon(const clString& extension, int32_t size);
+QV_TOOLKIT_API clImageHandle FolderIcon(const clString& path, int32_t size);
 // Writes the image as PNG; false when it can't.
 QV_TOOLKIT_API bool SaveImagePng(clImageHandle image, const clString& path);

@@ -26,6 +26,7 @@ enum clControlKind : int32_t {
                               // combo's own subclass (kWmDrawItem sent to the combo itself)
     kControlListView,       // rows of columns (views.h): kWmNotify
     kControlTreeView,       // a tree of items (views.h): kWmNotify
+    kControlCheckBox,       // a box with its text, ticked or not: kBnClicked
 };
 
 // A child control of `parent` at `rect` (client pixels), shown.
@@ -80,6 +81,10 @@ QV_TOOLKIT_API clImageHandle WindowGrab(clWindowHandle window);
 // Sets the window's title strip and taskbar icon.
 QV_TOOLKIT_API void WindowSetIcon(clWindowHandle window, clImageHandle icon);
 
+// Check boxes.
+QV_TOOLKIT_API void CheckBoxSet(clWindowHandle box, bool checked);
+QV_TOOLKIT_API bool CheckBoxIsChecked(clWindowHandle box);
+
 // Edits.
 QV_TOOLKIT_API void EditSetSelection(clWindowHandle edit, int32_t start, int32_t end);  // -1, 0: none
 QV_TOOLKIT_API void EditGetSelection(clWindowHandle edit, int32_t& start, int32_t& end);
@@ -87,6 +92,9 @@ QV_TOOLKIT_API void EditReplaceSelection(clWindowHandle edit, const clString& te
 
 // Combo boxes and drop lists (and the items of a tab row).
 QV_TOOLKIT_API int32_t ComboAddItem(clWindowHandle combo, const clString& text);
+// Inserts an item ahead of `index` (-1: at the end); answers its index.
+QV_TOOLKIT_API int32_t ComboInsertItem(clWindowHandle combo, int32_t index, const clString& text);
+QV_TOOLKIT_API void ComboDeleteItem(clWindowHandle combo, int32_t index);
 QV_TOOLKIT_API void ComboClear(clWindowHandle combo);
 QV_TOOLKIT_API int32_t ComboCount(clWindowHandle combo);
 QV_TOOLKIT_API clString ComboItemText(clWindowHandle combo, int32_t index);

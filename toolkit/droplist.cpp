@@ -26,18 +26,44 @@ void XDropList::Destroy() {
     rowPainter.Detach();
     if (control != nullptr) DestroyControl(control);
     control = edit = nullptr;
-    for (int64_t i = 0; i < items.count; ++i) delete items.At<clDropItem>(i);
-    items.Reset();
+    Clear();
 }
 
-int32_t XDropList::AddItem(const clString& text, uint64_t tag) {
+int32_t XDropList::AddItem(const clString& text, uint64_t tag) { return InsertItem(-1, text, tag); }
+
+int32_t XDropList::InsertItem(int32_t index, const clString& text, uint64_t tag, const clString* shownText) {
+    if (index < 0 || index > items.count) index = static_cast<int32_t>(items.count);
     auto* item = new clDropItem;
     item->text = text;
     item->tag = tag;
     item->drawList.AddText(clPack(2), 0, 0, kPackFromFarEdge, text, clString(), 13, 0x000000, 0, kAlignVCenter);
-    items.Add(item);
-    if (control != nullptr) ComboAddItem(control, text);
-    return static_cast<int32_t>(items.count - 1);
+    items.InsertAt(index, item);
+    if (control != nullptr) ComboInsertItem(control, index, shownText != nullptr ? *shownText : text);
+    return index;
+}
+
+void XDropList::DeleteItem(int32_t index) {
+    if (index < 0 || index >= items.count) return;
+    delete items.At<clDropItem>(index);
+    items.RemoveAt(index);
+    if (control != nullptr) ComboDeleteItem(control, index);
+}
+
+void XDropList::Clear() {
+    for (int64_t i = 0; i < items.count; ++i) delete items.At<clDropItem>(i);
+    items.Reset();
+    if (control != nullptr) ComboClear(control);
+}
+
+clDropItem* XDropList::Item(int32_t index) const {
+    return index >= 0 && index < items.count ? items.At<clDropItem>(index) : nullptr;
+}
+
+int32_t XDropList::FindExact(const clString& text) const {
+    for (int64_t i = 0; i < items.count; ++i) {
+        if (items.At<clDropItem>(i)->text.Equals(text)) return static_cast<int32_t>(i);
+    }
+    return -1;
 }
 
 void XDropList::AddRun(int32_t item, const clString& text, uint32_t color) {
@@ -51,10 +77,17 @@ void XDropList::AddRun(int32_t item, const clString& text, uint32_t color) {
 
 void XDropList::PaintRow(const clDrawItem& row) {
     if (row.canvas == nullptr || row.itemId < 0 || row.itemId >= items.count) return;
-    clDrawList& list = items.At<clDropItem>(row.itemId)->drawList;
+    clDropItem& item = *items.At<clDropItem>(row.itemId);
+    clDrawList& list = item.drawList;
     bool selected = (row.itemState & kOdsSelected) != 0;
     row.canvas->FillRect(row.rect, selected ? selectionColor : 0xFFFFFF);
     int32_t x = 2;
+    if (item.image != nullptr) {
+        clSize size = ImageSize(item.image);
+        int32_t top = row.rect.top + (row.rect.Height() - size.height) / 2;
+        row.canvas->Image(item.image, clRect::Sized(row.rect.left + x, top, size.width, size.height));
+        x += size.width + 4;
+    }
     for (uint32_t order = 0; order < list.nextOrder; ++order) {
         clDrawElement* run = list.Element(order);
         if (run == nullptr || run->kind != kDrawText) continue;
@@ -67,6 +100,10 @@ void XDropList::PaintRow(const clDrawItem& row) {
     }
     list.SetCanvas(row.rect.Width(), row.rect.Height());
     list.Paint(*row.canvas, row.rect.left, row.rect.top);
+    if (item.separatorAbove) row.canvas->Line(row.rect.left, row.rect.top, row.rect.right, row.rect.top, 0xA0A0A0, 1);
+    if (item.separatorBelow) {
+        row.canvas->Line(row.rect.left, row.rect.bottom - 1, row.rect.right, row.rect.bottom - 1, 0xA0A0A0, 1);
+    }
 }
 
 intptr_t XDropList::clRowPainter::OnSubclassMessage(clWindowHandle, uint32_t message, uintptr_t, intptr_t lParam,

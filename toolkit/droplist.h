@@ -25,6 +25,9 @@ struct clDropItem {
     uint64_t tag = 0;
     clDrawList drawList;  // the row as the list draws it: runs of text in their colours
     bool hasRuns = false;
+    clImageHandle image = nullptr;  // drawn ahead of the text; not owned
+    bool separatorAbove = false;    // a dividing line over the row
+    bool separatorBelow = false;
 };
 
 class QV_TOOLKIT_API XDropList : public XSubClassCtrl {
@@ -60,6 +63,15 @@ public:
     // Adds an item. Its row shows its text, or, once runs are added, the
     // runs one after another, each in its colour.
     int32_t AddItem(const clString& text, uint64_t tag = 0);
+    // Inserts an item ahead of `index` (-1 or past the end: at the end).
+    // The field shows `shownText` when the item is chosen, if one is given.
+    int32_t InsertItem(int32_t index, const clString& text, uint64_t tag = 0, const clString* shownText = nullptr);
+    void DeleteItem(int32_t index);
+    void Clear();
+    clDropItem* Item(int32_t index) const;
+    int32_t Count() const { return static_cast<int32_t>(items.count); }
+    // The first item whose text is exactly `text`, or -1.
+    int32_t FindExact(const clString& text) const;
     void AddRun(int32_t item, const clString& text, uint32_t color);
     // Paints a row of the list.
     void PaintRow(const clDrawItem& row);

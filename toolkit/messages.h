@@ -54,6 +54,8 @@ constexpr uint32_t kWmMButtonDoubleClick = 0x0209;
 constexpr uint32_t kWmMouseWheel = 0x020A;
 constexpr uint32_t kWmCaptureChanged = 0x0215;
 constexpr uint32_t kWmMouseLeave = 0x02A3;
+// Files dropped on the window: wParam for DroppedPaths (dialogs.h).
+constexpr uint32_t kWmDropFiles = 0x0233;
 // The toolkit's own: a posted call of XMainThreadSync; the tooltip poll.
 constexpr uint32_t kWmToolkitWake = 0x8001;
 // The test hook of a modal window (SetModalHook), posted as it shows.

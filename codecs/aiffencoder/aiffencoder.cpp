@@ -122,7 +122,7 @@ struct Encoder : qvc::UncompressedWriter {
 
 constexpr const char* kExtension = ".aiff";
 // What "qvt plugins" shows of the options (see the top of this file).
-constexpr const char* kOptionHelp = qvc::UncompressedWriter::kOptionHelp;
+constexpr qvc::OptionTable kOptions = qvc::UncompressedWriter::kOptions;
 constexpr bool kLossless = true;
 constexpr const char* kRequiredEffect = nullptr;
 uint64_t EstimatedSize(uint64_t lengthMs, const qv_stream_facts* facts) {

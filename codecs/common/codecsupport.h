@@ -16,6 +16,8 @@
 #include <utility>
 #include <vector>
 
+#include "codecs/common/optionspec.h"
+
 #include "plugins/quillotone_plugin.h"
 
 namespace qvc {
@@ -332,11 +334,14 @@ struct EncoderBase : InstanceBase {
 // What the uncompressed encoders share: the open output, the layout, and
 // the writing of audio blocks.
 struct UncompressedWriter : EncoderBase {
-    // Their one option, as "qvt plugins" shows it.
-    static constexpr const char* kOptionHelp =
-        "-bits=\"8|16|24|32|float\"   the sample format written; without it the\n"
-        "                           stream's own: integer audio at its depth\n"
-        "                           (rounded up to whole bytes), float as float\n";
+    // Their one option; without it the stream's own format: integer audio
+    // at its depth (rounded up to whole bytes), float as float.
+    static constexpr OptionSpec kOptionList[] = {
+        {"bits", OptionKind::Choice, "",
+         "=Same as the source,8=8-bit integer,16=16-bit integer,24=24-bit integer,32=32-bit integer,float=32-bit float",
+         "Sample format", "the sample format written; the source's own when not given"},
+    };
+    static constexpr OptionTable kOptions{kOptionList, 1, nullptr};
 
     OwnedFile file;
     SampleLayout layout;

@@ -8,7 +8,8 @@
 //   kExtension      the extension its files get
 //   kLossless       whether it keeps every sample
 //   EstimatedSize   the expected size of a file of that length and facts
-//   kOptionHelp     what its option string takes, for "qvt plugins"
+//   kOptions        what its option string takes (optionspec.h), for its
+//                   settings page and "qvt plugins"
 //   kRequiredEffect the effect ("Name=settings") its format needs ahead of
 //                   it, or null
 #pragma once
@@ -55,14 +56,21 @@ QV_EXPORT int32_t ENC_Get(uint64_t handle, const qv_char* key, qv_query_record* 
         record->estimate = EstimatedSize(record->lengthMs, static_cast<const qv_stream_facts*>(record->facts));
         return 1;
     }
-    int32_t shared = qvc::AnswerShared(key, record, self->error, self->errorAnswer, kOptionHelp);
+    if (qvc::KeyIs(key, "OptionSpec")) {
+        if (kOptions.freeHelp != nullptr) return 0;
+        static const std::u16string spec = qvc::FromAscii(qvc::OptionSpecText(kOptions).c_str());
+        record->text1 = spec.c_str();
+        return 1;
+    }
+    static const std::string help = qvc::OptionHelpText(kOptions);
+    int32_t shared = qvc::AnswerShared(key, record, self->error, self->errorAnswer, help.c_str());
     return shared < 0 ? 0 : shared;
 }
 
 QV_EXPORT int32_t ENC_Set(uint64_t, const qv_char*, qv_query_record*) { return 0; }
 
-// No settings page until the window toolkit exists: the option string
-// given is the one handed back.
+// The program builds the settings page from the description ("OptionSpec"):
+// the library keeps the option string it is given and hands it back.
 QV_EXPORT void* ENC_ShowConfigBit(uint64_t handle, void*, int32_t, int32_t, const qv_char* options) {
     Self(handle)->page.Set(options != nullptr ? std::u16string(options) : std::u16string());
     return nullptr;

@@ -236,10 +236,12 @@ struct Encoder : qvc::EncoderBase {
 
 constexpr const char* kExtension = ".flac";
 // What "qvt plugins" shows of the options (see the top of this file).
-constexpr const char* kOptionHelp =
-    "-level=\"0..8\"   compression level, 5 when not given\n"
-    "-verify=\"1\"     decode every frame again while encoding and fail on\n"
-    "                any difference\n";
+constexpr qvc::OptionSpec kOptionList[] = {
+    {"level", qvc::OptionKind::Integer, "5", "0..8", "Compression level", "compression level, 0 fastest, 8 smallest"},
+    {"verify", qvc::OptionKind::Flag, "", "", "Verify while encoding",
+     "decode every frame again while encoding and fail on any difference"},
+};
+constexpr qvc::OptionTable kOptions{kOptionList, std::size(kOptionList), nullptr};
 constexpr bool kLossless = true;
 constexpr const char* kRequiredEffect = nullptr;
 // About 58 % of the PCM size for music at the usual levels.

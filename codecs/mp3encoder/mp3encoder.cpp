@@ -156,12 +156,16 @@ struct Encoder : qvc::EncoderBase {
 
 constexpr const char* kExtension = ".mp3";
 // What "qvt plugins" shows of the options (see the top of this file).
-constexpr const char* kOptionHelp =
-    "-mode=\"vbr|cbr|abr\"       vbr when not given\n"
-    "-quality=\"0..9\"           VBR quality, 0 the best; 2 when not given\n"
-    "-bitrate=\"8..320\"         kbit/s of CBR, or the target of ABR; 192\n"
-    "                          when not given\n"
-    "-stereo=\"joint|stereo|mono\"   joint when not given\n";
+constexpr qvc::OptionSpec kOptionList[] = {
+    {"mode", qvc::OptionKind::Choice, "vbr", "vbr=Variable bitrate (VBR),cbr=Constant bitrate (CBR),abr=Average bitrate (ABR)",
+     "Bitrate mode", "variable, constant or average bitrate"},
+    {"quality", qvc::OptionKind::Integer, "2", "0..9", "VBR quality (0 best)", "VBR quality, 0 the best"},
+    {"bitrate", qvc::OptionKind::Integer, "192", "8..320", "CBR / ABR bitrate (kbit/s)",
+     "kbit/s of CBR, or the target of ABR"},
+    {"stereo", qvc::OptionKind::Choice, "joint", "joint=Joint stereo,stereo=Stereo,mono=Mono", "Channels",
+     "joint stereo, plain stereo or mono"},
+};
+constexpr qvc::OptionTable kOptions{kOptionList, std::size(kOptionList), nullptr};
 constexpr bool kLossless = false;
 // At about 190 kbit/s, the usual rate of the default VBR quality.
 uint64_t EstimatedSize(uint64_t lengthMs, const qv_stream_facts*) { return lengthMs * 190 / 8; }

@@ -20,9 +20,10 @@ struct Encoder : qvc::EncoderBase {
 
 constexpr const char* kExtension = "";
 // What "qvt plugins" shows of the options (see the top of this file).
-constexpr const char* kOptionHelp =
+constexpr qvc::OptionTable kOptions{
+    nullptr, 0,
     "-enc1=\"Encoder=options\" -enc2=\"...\" ...   one item per encoder, in order;\n"
-    "                                          double quotes inside written as {mqt}\n";
+    "                                          double quotes inside written as {mqt}\n"};
 constexpr bool kLossless = false;
 constexpr const char* kRequiredEffect = nullptr;
 uint64_t EstimatedSize(uint64_t, const qv_stream_facts*) { return 0; }

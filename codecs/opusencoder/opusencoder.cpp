@@ -8,6 +8,8 @@
 //
 // Option string:
 //   -bitrate="6..510"     kbit/s, 128 when not given
+//   -mode="vbr|cvbr|cbr"  variable, constrained variable or constant
+//                         bitrate; vbr when not given
 //   -complexity="0..10"   10 when not given
 #include <opus/opusenc.h>
 #include <taglib/opusfile.h>
@@ -61,6 +63,9 @@ struct Encoder : qvc::EncoderBase {
         if (bitrate < 0) return Fail("-bitrate takes 6 to 510 kbit/s");
         int complexity = Number(qvc::Option(options, u"complexity"), 10, 0, 10);
         if (complexity < 0) return Fail("-complexity takes 0 to 10");
+        std::u16string mode = qvc::Option(options, u"mode");
+        if (mode.empty()) mode = u"vbr";
+        if (mode != u"vbr" && mode != u"cvbr" && mode != u"cbr") return Fail("-mode takes vbr, cvbr or cbr");
         qvc::Owned<OggOpusComments, ope_comments_destroy> comments(ope_comments_create());
         if (comments == nullptr) return Fail("out of memory");
         for (const std::string& line : qvc::OggCommentsFromTags(qvc::ReadTagBlock(record.tags, record.tagsSize))) {
@@ -78,6 +83,8 @@ struct Encoder : qvc::EncoderBase {
         if (opus == nullptr) return Fail("libopusenc can't encode this rate and channel count");
         ope_encoder_ctl(opus.get(), OPUS_SET_BITRATE(bitrate * 1000));
         ope_encoder_ctl(opus.get(), OPUS_SET_COMPLEXITY(complexity));
+        ope_encoder_ctl(opus.get(), OPUS_SET_VBR(mode == u"cbr" ? 0 : 1));
+        ope_encoder_ctl(opus.get(), OPUS_SET_VBR_CONSTRAINT(mode == u"cvbr" ? 1 : 0));
         format.acceptedTypes = QV_SAMPLES_FLOAT32;
         return true;
     }
@@ -113,9 +120,13 @@ struct Encoder : qvc::EncoderBase {
 
 constexpr const char* kExtension = ".opus";
 // What "qvt plugins" shows of the options (see the top of this file).
-constexpr const char* kOptionHelp =
-    "-bitrate=\"6..510\"     kbit/s, 128 when not given\n"
-    "-complexity=\"0..10\"   10 when not given\n";
+constexpr qvc::OptionSpec kOptionList[] = {
+    {"bitrate", qvc::OptionKind::Integer, "128", "6..510", "Bitrate (kbit/s)", "kbit/s"},
+    {"mode", qvc::OptionKind::Choice, "vbr", "vbr=Variable (VBR),cvbr=Constrained variable (CVBR),cbr=Constant (CBR)",
+     "Bitrate mode", "variable, constrained variable or constant bitrate"},
+    {"complexity", qvc::OptionKind::Integer, "10", "0..10", "Complexity (10 best)", "encoder effort, 10 the best"},
+};
+constexpr qvc::OptionTable kOptions{kOptionList, std::size(kOptionList), nullptr};
 constexpr bool kLossless = false;
 constexpr const char* kRequiredEffect = nullptr;
 // At the default 128 kbit/s.

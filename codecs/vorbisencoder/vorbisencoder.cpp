@@ -171,7 +171,10 @@ struct Encoder : qvc::EncoderBase {
 
 constexpr const char* kExtension = ".ogg";
 // What "qvt plugins" shows of the options (see the top of this file).
-constexpr const char* kOptionHelp = "-quality=\"-1..10\"   VBR quality, decimals allowed; 5 when not given\n";
+constexpr qvc::OptionSpec kOptionList[] = {
+    {"quality", qvc::OptionKind::Decimal, "5", "-1..10", "Quality (-1 to 10)", "VBR quality, decimals allowed"},
+};
+constexpr qvc::OptionTable kOptions{kOptionList, std::size(kOptionList), nullptr};
 constexpr bool kLossless = false;
 constexpr const char* kRequiredEffect = nullptr;
 // At about 160 kbit/s, the usual rate of quality 5 for stereo.

@@ -25,6 +25,10 @@ bool PlatformCreateGuid(unsigned char bytes[16]);
 // involved: POSIX spawns with an argument vector, Windows passes the line
 // that BuildCommandLineText makes of them. False when nothing was started.
 bool PlatformStartProcess(const clString& program, const clStringList& arguments);
+// Opens a document or an address with the desktop's program for it (the
+// shell on Windows, xdg-open elsewhere), not waiting; false when nothing
+// could be started.
+bool PlatformOpenDocument(const clString& pathOrAddress);
 
 // An environment variable's value; false (and empty) when it is not set.
 bool PlatformGetEnvironment(const char16_t* name, clString& value);

@@ -107,6 +107,12 @@ bool PlatformStartProcess(const clString& program, const clStringList& arguments
     return Spawn(program, arguments, nullptr, &pid);
 }
 
+bool PlatformOpenDocument(const clString& pathOrAddress) {
+    clStringList arguments;
+    arguments.Add(pathOrAddress);
+    return PlatformStartProcess(clString(u"/usr/bin/xdg-open"), arguments);
+}
+
 bool PlatformGetEnvironment(const char16_t* name, clString& value) {
     const char* v = std::getenv(NativePath(name).c_str());
     if (v == nullptr) {

@@ -1,6 +1,8 @@
 #include <objbase.h>
 #include <windows.h>
 
+#include <shellapi.h>
+
 // After windows.h, which it needs.
 #include <tlhelp32.h>
 
@@ -49,6 +51,12 @@ bool PlatformStartProcess(const clString& program, const clStringList& arguments
     CloseHandle(info.hThread);
     CloseHandle(info.hProcess);
     return true;
+}
+
+bool PlatformOpenDocument(const clString& pathOrAddress) {
+    auto result = reinterpret_cast<intptr_t>(ShellExecuteW(nullptr, L"open", reinterpret_cast<LPCWSTR>(pathOrAddress.text),
+                                                          nullptr, nullptr, SW_SHOWNORMAL));
+    return result > 32;
 }
 
 bool PlatformGetEnvironment(const char16_t* name, clString& value) {

@@ -12,6 +12,7 @@
 #include "engine/globals.h"
 #include "foundation/platform/thread.h"
 #include "foundation/settings.h"
+#include "plugins/encoderentries.h"
 #include "plugins/sourcefile.h"
 #include "tests/engine/fakeworkers.h"
 
@@ -40,7 +41,7 @@ protected:
     }
 
     void SetEntry(const char16_t* name, const clString& value) {
-        SetSettingText(value, name, settingsRootHive, EntrySettingsKey(globalEncoder, clString()).text);
+        SetSettingText(value, name, settingsRootHive, EntryKeyPath(globalEncoder, clString()).text);
     }
 
     void AddSources(int count, const char16_t* extension = u".wav", int bytes = -1) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "engine/batchsettings.h"
+#include "plugins/encoderentries.h"
 #include "engine/globals.h"
 #include "foundation/file.h"
 #include "foundation/folders.h"
@@ -57,7 +58,7 @@ protected:
     ~EndToEnd() override { PlatformSetEnvironment(u"TMPDIR", u"/tmp"); }
 
     void SetEntry(const char16_t* entry, const char16_t* name, const clString& value) {
-        SetSettingText(value, name, settingsRootHive, EntrySettingsKey(clString(entry), clString()).text);
+        SetSettingText(value, name, settingsRootHive, EntryKeyPath(clString(entry), clString()).text);
     }
 
     clString WriteList(const std::vector<clString>& paths) {
@@ -173,7 +174,7 @@ TEST_F(EndToEnd, CancelHalfWayLeavesNoPartialOutputsAndNoScratch) {
     }
     clString out = dir.File(u"out");
     SetEntry(u"MP3 (Lame)", u"QVTUserFolder", clString());
-    SetSettingNumber(1, u"QVTUserFolder", settingsRootHive, EntrySettingsKey(clString(u"MP3 (Lame)"), clString()).text);
+    SetSettingNumber(1, u"QVTUserFolder", settingsRootHive, EntryKeyPath(clString(u"MP3 (Lame)"), clString()).text);
     SetEntry(u"MP3 (Lame)", u"QVTUserFolderStr", out);
     SetEntry(u"MP3 (Lame)", u"QVTDSPEffects", clString(u"-dspeffect1=\"ReplayGain=\""));
     // Constant bitrate, so a whole output has a known size.

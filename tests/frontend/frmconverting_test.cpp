@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/batchsettings.h"
+#include "plugins/encoderentries.h"
 #include "engine/conversioninput.h"
 #include "foundation/folders.h"
 #include "foundation/pathtext.h"
@@ -323,7 +324,7 @@ TEST_F(ConversionWindowTest, TheEncoderAndTheEffectsShowTheirIcons) {
     ASSERT_TRUE(WriteBytes(encoderIcon, IconFile(clRgb(200, 30, 30))));
     ASSERT_TRUE(WriteBytes(effectIcon, IconFile(clRgb(30, 30, 200))));
     SetSettingText(clString(u"-dspeffect1=\"Test Gain=\" -dspeffect2=\"No Icon=\""), kEntryEffectsSetting.name,
-                   kSettingsHive, EntrySettingsKey(clString(u"Scripted"), clString()).text);
+                   kSettingsHive, EntryKeyPath(clString(u"Scripted"), clString()).text);
     AddSources(2);
     frmConverting window(input, services);
     Open(window);
@@ -339,7 +340,7 @@ TEST_F(ConversionWindowTest, TheEncoderAndTheEffectsShowTheirIcons) {
     DeleteFileEx(encoderIcon);
     DeleteFileEx(effectIcon);
     SetSettingText(clString(), kEntryEffectsSetting.name, kSettingsHive,
-                   EntrySettingsKey(clString(u"Scripted"), clString()).text);
+                   EntryKeyPath(clString(u"Scripted"), clString()).text);
 }
 
 // The window in each state a user meets, kept as pictures for the

@@ -1,6 +1,11 @@
 #include "toolkit/qt/qtcanvas.h"
 
+#include <QApplication>
+#include <QFileInfo>
 #include <QFontMetrics>
+#include <QIcon>
+#include <QMimeDatabase>
+#include <QStyle>
 #include <QLinearGradient>
 #include <QPainterPath>
 
@@ -111,6 +116,35 @@ clImageHandle LoadImageFile(const clString& path, int32_t width, int32_t height)
         image = image.scaled(width, height, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     }
     return reinterpret_cast<clImageHandle>(new clQtImage{image});
+}
+
+namespace {
+
+clImageHandle FromIcon(const QIcon& icon, int32_t size) {
+    QImage image(size, size, QImage::Format_ARGB32);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    icon.paint(&painter, QRect(0, 0, size, size));
+    painter.end();
+    return reinterpret_cast<clImageHandle>(new clQtImage{image});
+}
+
+}  // namespace
+
+clImageHandle FileTypeIcon(const clString& extension, int32_t size) {
+    // The theme's icon for the type, else its generic group's, else the
+    // style's plain file: a machine without an icon theme still shows one.
+    QMimeType type = QMimeDatabase().mimeTypeForFile(QStringLiteral("file") + ToQString(extension),
+                                                     QMimeDatabase::MatchExtension);
+    QIcon icon = QIcon::fromTheme(type.iconName(), QIcon::fromTheme(type.genericIconName()));
+    if (icon.isNull()) icon = QApplication::style()->standardIcon(QStyle::SP_FileIcon);
+    return FromIcon(icon, size);
+}
+
+clImageHandle FolderIcon(const clString&, int32_t size) {
+    QIcon icon = QIcon::fromTheme(QStringLiteral("folder"));
+    if (icon.isNull()) icon = QApplication::style()->standardIcon(QStyle::SP_DirIcon);
+    return FromIcon(icon, size);
 }
 
 clImageHandle CreateImage(int32_t width, int32_t height) {

@@ -3,6 +3,7 @@
 #include <QAbstractItemView>
 #include <QAbstractScrollArea>
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QCursor>
 #include <QLabel>
@@ -116,6 +117,12 @@ clWindowHandle CreateControl(clControlKind kind, clWindowHandle parent, uint32_t
             auto* button = new QPushButton(caption, host);
             QObject::connect(button, &QPushButton::clicked, button, [button]() { Notify(button, kBnClicked); });
             control = button;
+            break;
+        }
+        case kControlCheckBox: {
+            auto* box = new QCheckBox(caption, host);
+            QObject::connect(box, &QCheckBox::clicked, box, [box]() { Notify(box, kBnClicked); });
+            control = box;
             break;
         }
         case kControlEdit: {
@@ -421,6 +428,29 @@ int32_t ComboAddItem(clWindowHandle combo, const clString& text) {
     }
     if (QTabBar* tabs = TabBarOf(widget)) return tabs->addTab(ToQString(text));
     return -1;
+}
+
+void CheckBoxSet(clWindowHandle box, bool checked) {
+    if (auto* check = qobject_cast<QCheckBox*>(WidgetOf(box))) check->setChecked(checked);
+}
+
+bool CheckBoxIsChecked(clWindowHandle box) {
+    auto* check = qobject_cast<QCheckBox*>(WidgetOf(box));
+    return check != nullptr && check->isChecked();
+}
+
+int32_t ComboInsertItem(clWindowHandle combo, int32_t index, const clString& text) {
+    auto* box = qobject_cast<QComboBox*>(WidgetOf(combo));
+    if (box == nullptr) return -1;
+    if (index < 0 || index > box->count()) index = box->count();
+    QString edit = box->isEditable() ? box->currentText() : QString();
+    box->insertItem(index, ToQString(text));
+    if (box->isEditable()) box->setEditText(edit);
+    return index;
+}
+
+void ComboDeleteItem(clWindowHandle combo, int32_t index) {
+    if (auto* box = qobject_cast<QComboBox*>(WidgetOf(combo))) box->removeItem(index);
 }
 
 void ComboClear(clWindowHandle combo) {

@@ -5,14 +5,19 @@
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDir>
+#include <QDropEvent>
 #include <QKeyEvent>
+#include <QMimeData>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
 #include <QSet>
 #include <QTimerEvent>
+#include <QUrl>
 #include <QWheelEvent>
 
+#include "foundation/stringlist.h"
 #include "toolkit/backend.h"
 #include "toolkit/qt/qtcanvas.h"
 #include "toolkit/subclassctrl.h"
@@ -265,6 +270,22 @@ intptr_t clQtWindow::Route(uint32_t message, uintptr_t wParam, intptr_t lParam, 
 
 bool clQtWindow::event(QEvent* event) {
     QEvent::Type type = event->type();
+    if (type == QEvent::DragEnter || type == QEvent::DragMove) {
+        auto* drag = static_cast<QDropEvent*>(event);
+        if (!drag->mimeData()->hasUrls()) return QWidget::event(event);
+        drag->acceptProposedAction();
+        return true;
+    }
+    if (type == QEvent::Drop) {
+        // Only files of this machine have paths a form can use.
+        clStringList paths;
+        for (const QUrl& url : static_cast<QDropEvent*>(event)->mimeData()->urls()) {
+            if (url.isLocalFile()) paths.Add(FromQString(QDir::toNativeSeparators(url.toLocalFile())));
+        }
+        if (paths.Count() > 0) RouteMessage(this, kWmDropFiles, reinterpret_cast<uintptr_t>(&paths), 0);
+        event->accept();
+        return true;
+    }
     if (type == QEvent::Paint || type == QEvent::Timer || type == QEvent::Close) return QWidget::event(event);
     clQtMessage messages[2];
     int count = Translate(this, event, messages);

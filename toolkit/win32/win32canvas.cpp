@@ -1,5 +1,7 @@
 #include "toolkit/win32/win32canvas.h"
 
+#include <shellapi.h>
+
 #include <algorithm>
 #include <cstring>
 #include <map>
@@ -157,6 +159,39 @@ static clWinImage* NewImage(int32_t width, int32_t height) {
     image->height = height;
     std::memset(bits, 0, static_cast<size_t>(width) * height * 4);
     return image;
+}
+
+namespace {
+
+clImageHandle FromShell(const wchar_t* path, DWORD attributes, int32_t size) {
+    SHFILEINFOW info{};
+    UINT flags = SHGFI_ICON | (size > 16 ? SHGFI_LARGEICON : SHGFI_SMALLICON);
+    if (attributes != 0) flags |= SHGFI_USEFILEATTRIBUTES;
+    if (SHGetFileInfoW(path, attributes, &info, sizeof info, flags) == 0 || info.hIcon == nullptr) {
+        // A path the shell can't see stands for the plain folder or file.
+        if (attributes != 0) return nullptr;
+        return FromShell(L"C:\\folder", FILE_ATTRIBUTE_DIRECTORY, size);
+    }
+    clWinImage* image = NewImage(size, size);
+    HDC dc = CreateCompatibleDC(nullptr);
+    HGDIOBJ old = SelectObject(dc, image->bitmap);
+    DrawIconEx(dc, 0, 0, info.hIcon, size, size, 0, nullptr, DI_NORMAL);
+    SelectObject(dc, old);
+    DeleteDC(dc);
+    DestroyIcon(info.hIcon);
+    return reinterpret_cast<clImageHandle>(image);
+}
+
+}  // namespace
+
+clImageHandle FileTypeIcon(const clString& extension, int32_t size) {
+    // The file needn't exist: the shell answers by the name's type.
+    std::wstring name = L"C:\\file" + std::wstring(reinterpret_cast<const wchar_t*>(extension.text));
+    return FromShell(name.c_str(), FILE_ATTRIBUTE_NORMAL, size);
+}
+
+clImageHandle FolderIcon(const clString& path, int32_t size) {
+    return FromShell(reinterpret_cast<const wchar_t*>(path.text), 0, size);
 }
 
 clImageHandle CreateImage(int32_t width, int32_t height) {

@@ -42,6 +42,10 @@ clWindowHandle CreateControl(clControlKind kind, clWindowHandle parent, uint32_t
             className = L"BUTTON";
             style |= WS_TABSTOP | BS_PUSHBUTTON;
             break;
+        case kControlCheckBox:
+            className = L"BUTTON";
+            style |= WS_TABSTOP | BS_AUTOCHECKBOX;
+            break;
         case kControlEdit:
             className = L"EDIT";
             style = 0x50010080;
@@ -330,6 +334,21 @@ int32_t ComboAddItem(clWindowHandle combo, const clString& text) {
         return static_cast<int32_t>(SendMessageW(handle, TCM_INSERTITEMW, count, reinterpret_cast<LPARAM>(&item)));
     }
     return static_cast<int32_t>(SendMessageW(handle, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(Wide(text))));
+}
+
+void CheckBoxSet(clWindowHandle box, bool checked) {
+    SendMessageW(HwndOf(box), BM_SETCHECK, checked ? BST_CHECKED : BST_UNCHECKED, 0);
+}
+
+bool CheckBoxIsChecked(clWindowHandle box) { return SendMessageW(HwndOf(box), BM_GETCHECK, 0, 0) == BST_CHECKED; }
+
+int32_t ComboInsertItem(clWindowHandle combo, int32_t index, const clString& text) {
+    return static_cast<int32_t>(
+        SendMessageW(HwndOf(combo), CB_INSERTSTRING, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(Wide(text))));
+}
+
+void ComboDeleteItem(clWindowHandle combo, int32_t index) {
+    SendMessageW(HwndOf(combo), CB_DELETESTRING, static_cast<WPARAM>(index), 0);
 }
 
 void ComboClear(clWindowHandle combo) { SendMessageW(HwndOf(combo), CB_RESETCONTENT, 0, 0); }

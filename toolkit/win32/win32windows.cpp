@@ -4,6 +4,7 @@
 #include "toolkit/win32/win32windows.h"
 
 #include <windows.h>
+#include <shellapi.h>
 #include <commctrl.h>
 #include <windowsx.h>
 
@@ -162,6 +163,14 @@ LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM wParam, LPARA
                                                 lParam, nullptr, &useDefault);
             if (!useDefault) return result;
             return DefWindowProcW(window, message, wParam, lParam);
+        }
+        case WM_DROPFILES: {
+            // The form reads the paths while it handles the message; the
+            // block is released here, whatever it did.
+            bool useDefault = true;
+            XWindow::Procedure(HandleOf(window), kWmDropFiles, wParam, lParam, nullptr, &useDefault);
+            DragFinish(reinterpret_cast<HDROP>(wParam));
+            return 0;
         }
         default:
             break;
