@@ -1,6 +1,7 @@
 #include "engine/conversioninput.h"
 
 #include "foundation/file.h"
+#include "foundation/findfiles.h"
 #include "foundation/folders.h"
 #include "foundation/pathtext.h"
 #include "plugins/sourcefile.h"
@@ -20,6 +21,17 @@ void clConversionInput::AddSource(const clString& path, bool checkDuplicates) {
         sources.Add(new clSourceFile(path));
     } else {
         excludedFiles.Add(path);
+    }
+}
+
+void clConversionInput::AddFolder(const clString& folder, const clStringList& accepted) {
+    clFindFiles find(clString(u"*"), folder);
+    while (find.Next()) {
+        if (find.IsFolder()) {
+            AddFolder(find.fullName, accepted);
+        } else if (accepted.Find(GetExtension(find.fullName).text, true)) {
+            AddSource(find.fullName, true);
+        }
     }
 }
 

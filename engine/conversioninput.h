@@ -27,6 +27,9 @@ public:
     // With `checkDuplicates`, a path already present (ignoring case) is
     // skipped.
     void AddSource(const clString& path, bool checkDuplicates);
+    // Every file below `folder` whose extension is in `accepted`, with the
+    // duplicate check; other files are left out without a word.
+    void AddFolder(const clString& folder, const clStringList& accepted);
     // Reads a UTF-16LE list file (one path a line), drops empty lines,
     // sorts ignoring case, adds each path without the duplicate check and
     // deletes the file. A file that can't be read gives no sources and is

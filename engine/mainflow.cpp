@@ -8,8 +8,10 @@
 #include "engine/handover.h"
 #include "engine/terminalview.h"
 #include "foundation/bytebuffer.h"
+#include "foundation/commandlinetext.h"
 #include "foundation/commandoptions.h"
 #include "foundation/file.h"
+#include "foundation/folders.h"
 #include "foundation/messagebox.h"
 #include "foundation/pathtext.h"
 #include "foundation/platform/processinfo.h"
@@ -59,6 +61,37 @@ bool LoadList(const clString& listFile, const clCommandOptions& options, clConve
     return true;
 }
 
+// Files and folders named on the command line, as a file manager starts
+// the program: true when every argument is an existing path. They go to
+// an options window open elsewhere if there is one (answered through
+// `handedOver`), else folders are searched for audio and files are added
+// as a list file's would be.
+bool TakeNamedPaths(const clString& commandLine, clConversionInput& input, const clMainFlowStages& stages,
+                    bool& handedOver) {
+    clStringList words;
+    SplitCommandLine(commandLine, words);
+    if (words.Count() < 2) return false;
+    clStringList paths;
+    for (int64_t i = 1; i < words.Count(); ++i) {
+        if (!PathExists(words[i])) return false;
+        paths.Add(words[i]);
+    }
+    clString listFile;
+    handedOver = false;
+    if (MakeTempFile(listFile, "QvS")) {
+        handedOver = WriteWideLines(listFile, paths, false) && stages.handOverToOpenWindow(listFile);
+        DeleteFileEx(listFile);
+    }
+    if (handedOver) return true;
+    for (int64_t i = 0; i < paths.Count(); ++i) {
+        bool folder = false;
+        PathExists(paths[i], &folder);
+        if (folder) input.AddFolder(paths[i], input.extensions);
+        else input.AddSource(paths[i], true);
+    }
+    return true;
+}
+
 }  // namespace
 
 bool HandleCommandLine(const clString& commandLine, clConversionInput& input, const clMainFlowStages& stages) {
@@ -93,6 +126,8 @@ bool HandleCommandLine(const clString& commandLine, clConversionInput& input, co
         stages.startProgram(program);
         return false;
     }
+    bool handedOver = false;
+    if (TakeNamedPaths(commandLine, input, stages, handedOver)) return !handedOver;
     if (raw.Equals(u"<install>")) {
         stages.showMessage(
             clString(u"The codec installed is not compatible with the newer Quillotone (R12 and above)"));

@@ -95,6 +95,12 @@ bool frmConvertToOpt::Open(clWindowHandle owner) {
                 owner)) {
         return false;
     }
+    // The layout is for a client area of kWidth by kHeight: where the frame
+    // takes its part of the window's size, the window grows by as much.
+    clRect client = WindowClientRect(windowHandle);
+    clRect outer = WindowScreenRect(windowHandle);
+    SetPlacement(kKeepPlacement, kKeepPlacement, outer.Width() + U(kWidth) - client.Width(),
+                 outer.Height() + U(kHeight) - client.Height());
     clRect over;
     if (input->centerOnWindow != 0 && ToolkitForeignWindowRect(input->centerOnWindow, over) && over.Width() >= 6 &&
         over.right >= 6) {
@@ -498,20 +504,6 @@ void frmConvertToOpt::UpdateFileCount() {
     WindowSetText(fileButton, text);
 }
 
-namespace {
-
-void AddFolderFiles(const clString& folder, const clStringList& extensions, clConversionInput& input) {
-    clFindFiles find(clString(u"*"), folder);
-    while (find.Next()) {
-        if (find.IsFolder()) {
-            AddFolderFiles(find.fullName, extensions, input);
-        } else if (extensions.Find(GetExtension(find.fullName).text, true)) {
-            input.AddSource(find.fullName, true);
-        }
-    }
-}
-
-}  // namespace
 
 void frmConvertToOpt::AddDroppedPaths(const clStringList& paths) {
     clStringList extensions;
@@ -519,7 +511,7 @@ void frmConvertToOpt::AddDroppedPaths(const clStringList& paths) {
     for (int64_t i = 0; i < paths.Count(); ++i) {
         bool folder = false;
         if (PathExists(paths[i], &folder) && folder) {
-            AddFolderFiles(paths[i], extensions, *input);
+            input->AddFolder(paths[i], extensions);
         } else if (extensions.Find(GetExtension(paths[i]).text, true)) {
             input->AddSource(paths[i], true);
         }

@@ -1,6 +1,7 @@
 #include "frontend/renamelist.h"
 
 #include "foundation/datetime.h"
+#include "foundation/pathsyntax.h"
 #include "foundation/platform/clock.h"
 #include "toolkit/application.h"
 #include "toolkit/views.h"
@@ -13,6 +14,11 @@ clString UniqueNameSuffix() {
     suffix.Append(FormatDatePicture(now, picture));
     suffix.Append(u" ");
     suffix.Append(FormatTimePicture(now, clString(u"HH:mm:ss")));
+    // A date may hold the path separator ("11/24/26"), which the cleaning
+    // of the whole path afterwards could not tell from a folder: it becomes
+    // what that cleaning makes of a separator inside a name.
+    const char16_t separator[2] = {NativePathSyntax().separator, 0};
+    suffix.Replace(separator, u"-");
     return suffix;
 }
 

@@ -103,3 +103,26 @@ clWindowHandle clSettingsPage::ControlOf(const char16_t* name) const {
     }
     return nullptr;
 }
+
+bool clSettingsPage::SetValue(const char16_t* name, const clString& value) {
+    for (int64_t i = 0; i < fields.Count() && i < controls.count; ++i) {
+        const clOptionField& field = fields[i];
+        if (!field.name.EqualsNoCase(name)) continue;
+        if (!OptionValueAllowed(field, value)) return false;
+        auto control = static_cast<clWindowHandle>(controls[i]);
+        if (field.kind == kOptionFlag) {
+            CheckBoxSet(control, value.Equals(u"1"));
+        } else if (field.kind == kOptionChoice) {
+            int64_t index = 0;
+            if (!field.choices.Find(value.text, false, &index)) return false;
+            ComboSetSelection(control, static_cast<int32_t>(index));
+        } else if (IsListedRange(field)) {
+            clString shown = value.IsEmpty() ? field.defaultValue : value;
+            ComboSetSelection(control, static_cast<int32_t>(shown.ToInt64() - static_cast<int64_t>(field.low)));
+        } else {
+            WindowSetText(control, value);
+        }
+        return true;
+    }
+    return false;
+}

@@ -32,6 +32,9 @@ public:
     clString Options();
     void Remove();
     bool IsShown() const { return controls.count > 0; }
+    // Sets a field's control as a user would; false for an unknown name or
+    // a value the field doesn't take.
+    bool SetValue(const char16_t* name, const clString& value);
     // The control of a field by its option name, or null.
     clWindowHandle ControlOf(const char16_t* name) const;
 };

@@ -14,6 +14,9 @@
  *   trace=DIR   writes DIR/<pid>.span with the milliseconds of the first
  *               block and of the end, so a test sees which workers ran at
  *               once
+ *   failonce=PATH  fails the conversion as the effect begins unless PATH
+ *               exists, and makes it: the first file fails, a second
+ *               try of it converts
  * It sees the plug-in header and the C library, nothing of the program. */
 #ifndef _WIN32
 #define _POSIX_C_SOURCE 200809L
@@ -25,12 +28,14 @@
 #ifdef _WIN32
 #include <fcntl.h>
 #include <io.h>
+#include <sys/stat.h>
 #include <process.h>
 #include <windows.h>
 #define fault_getpid _getpid
 static void fault_sleep(int ms) { Sleep((DWORD)ms); }
 static long long fault_now_ms(void) { return (long long)GetTickCount64(); }
 #else
+#include <fcntl.h>
 #include <time.h>
 #include <unistd.h>
 #define fault_getpid getpid
@@ -50,6 +55,7 @@ static long long fault_now_ms(void) {
 typedef struct fault {
     char pidFile[1024];
     char traceDir[1024];
+    char failOnce[1024];
     long long firstBlockMs;
     int holdMs;
     int floodMb;
@@ -82,6 +88,7 @@ static void parse(fault* self, const qv_char* settings) {
         if (strcmp(item, "exit") == 0) self->exitCode = atoi(value) + 1;
         if (strcmp(item, "library") == 0) self->library = atoi(value);
         if (strcmp(item, "trace") == 0 && strlen(value) < sizeof self->traceDir) strcpy(self->traceDir, value);
+        if (strcmp(item, "failonce") == 0 && strlen(value) < sizeof self->failOnce) strcpy(self->failOnce, value);
     }
 }
 
@@ -143,6 +150,23 @@ QV_EXPORT int32_t DSP_BeginConversion(uint64_t handle, qv_begin_record* record, 
     fault* self = (fault*)(uintptr_t)handle;
     parse(self, settings);
     if (self->exitCode > 0) _Exit(self->exitCode - 1);
+    if (self->failOnce[0] != 0) {
+        /* Made exclusively: of workers that begin at once, one fails. The
+         * C library's "wx" isn't known to every runtime. */
+#ifdef _WIN32
+        int marker = _open(self->failOnce, _O_CREAT | _O_EXCL | _O_WRONLY, _S_IREAD | _S_IWRITE);
+        if (marker >= 0) {
+            _close(marker);
+            return 0;
+        }
+#else
+        int marker = open(self->failOnce, O_CREAT | O_EXCL | O_WRONLY, 0644);
+        if (marker >= 0) {
+            close(marker);
+            return 0;
+        }
+#endif
+    }
     return 1;
 }
 QV_EXPORT int32_t DSP_PassAudioBlock(uint64_t handle, const qv_audio_block* in, qv_audio_block* out) {

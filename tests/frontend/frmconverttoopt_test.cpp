@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <vector>
 
 #include "engine/globals.h"
 #include "foundation/folders.h"
@@ -15,6 +16,9 @@
 #include "foundation/settings.h"
 #include "foundation/stringlist.h"
 #include "foundation/utf.h"
+#include "foundation/messagebox.h"
+#include "foundation/platform/processinfo.h"
+#include "frontend/frmnewprofile.h"
 #include "tests/codecs/wavefiles.h"
 #include "tests/support/testfolder.h"
 #include "tests/support/toolkittest.h"
@@ -69,52 +73,235 @@ clString AnswerFolder(frmConvertToOpt&) { return folderAnswer; }
 
 }  // namespace
 
-// First start: FLAC is chosen, the location is the source's own folder
-// with its own name, and the file count reads the sources.
-TEST_F(OptionsTest, AFirstStartShowsFlacBesideTheSources) {
+// First start: FLAC where it is installed, else the first row; the
+// location is the source's own folder with its own name, and the file
+// count reads the sources.
+TEST_F(OptionsTest, AFirstStartShowsFlacOrTheFirstRowBesideTheSources) {
     input.AddSource(Source(u"one.wav"), true);
     input.AddSource(Source(u"two.wav"), true);
     frmConvertToOpt form(input);
     ASSERT_TRUE(form.Open(nullptr));
-    EXPECT_EQ(U(form.currentEntry), u"FLAC");
-    EXPECT_EQ(U(globalEncoder), u"FLAC");
+    clString expected = form.cmbEncoders.FindExact(clString(u"FLAC")) >= 0 ? clString(u"FLAC") : form.cmbEncoders.ItemText(0);
+    EXPECT_EQ(U(form.currentEntry), U(expected));
+    EXPECT_EQ(U(globalEncoder), U(expected));
     EXPECT_EQ(U(form.SelectedOutput()), u"[origdrive]{_._}[origpath]\\[origfilename]");
     EXPECT_EQ(U(WindowGetText(form.fileButton)), u"2 Files");
     EXPECT_EQ(form.cmbOutToFolder.fixedRows, kOutputCommands);
     EXPECT_EQ(U(form.cmbOutToFolder.ItemText(kOutputSourceFolders)), u"Existing Source Folder(s)");
-    // Real encoders first, the multi encoder ahead of them; the pseudo
-    // encoders after a line.
-    EXPECT_EQ(U(form.cmbEncoders.ItemText(0)), u"[Multi Encoder]");
+    EXPECT_EQ(U(form.cmbEncoders.ItemText(0)), u"[Multi Encoder]") << "the multi encoder heads the real encoders";
     SaveGrabIfFailed(form.windowHandle);
 }
 
 // What the window leaves in the store: the page's option string, the
-// location and the last entry, for the conversion to read.
-TEST_F(OptionsTest, ConvertSavesTheEntryTheLocationAndTheLastChoice) {
+// location and the last entry, for the conversion to read; the entry left
+// keeps its own location.
+TEST_F(OptionsTest, ConvertSavesThePageTheLocationAndTheLastChoice) {
     input.AddSource(Source(u"one.wav"), true);
     frmConvertToOpt form(input);
     folderAnswer = dir.File(u"out");
     form.askFolder = AnswerFolder;
     ASSERT_TRUE(form.Open(nullptr));
-    ChooseEncoder(form, u"MP3 (Lame)");
-    EXPECT_EQ(U(form.currentEntry), u"MP3 (Lame)");
+    clString first = form.currentEntry;
+    ChooseEncoder(form, u"AIFF");
+    EXPECT_EQ(U(form.currentEntry), u"AIFF");
+    clWindowHandle bits = form.settingsPage.ControlOf(u"bits");
+    ASSERT_NE(bits, nullptr);
+    EXPECT_EQ(U(ComboItemText(bits, ComboGetSelection(bits))), u"Same as the source");
+    ComboSetSelection(bits, 3);  // 24-bit
     ChooseOutputRow(form, kOutputSingleFolder);
-    clString expected(folderAnswer);
-    AddBackslash(expected);
-    expected.Append(u"{_._}[origfilename]");
-    EXPECT_EQ(U(form.SelectedOutput()), U(expected));
-    form.OnIdOk();
-    EXPECT_EQ(form.result, 1);
-    EXPECT_EQ(U(GetSettingText(kLastEntryPrefix)), u"MP3 (Lame)");
     clString folder(folderAnswer);
     AddBackslash(folder);
-    EXPECT_EQ(U(Stored(u"MP3 (Lame)", kEntryFolderSetting.name)), U(folder));
-    EXPECT_EQ(U(Stored(u"MP3 (Lame)", kEntryNamingSetting.name)), u"[origfilename]");
+    EXPECT_EQ(U(form.SelectedOutput()), U(folder) + u"{_._}[origfilename]");
+    form.OnIdOk();
+    EXPECT_EQ(form.result, 1);
+    EXPECT_EQ(U(GetSettingText(kLastEntryPrefix)), u"AIFF");
+    EXPECT_EQ(U(Stored(u"AIFF", kEntryOptionsSetting.name)), u"-bits=\"24\"");
+    EXPECT_EQ(U(Stored(u"AIFF", kEntryFolderSetting.name)), U(folder));
+    EXPECT_EQ(U(Stored(u"AIFF", kEntryNamingSetting.name)), u"[origfilename]");
     EXPECT_EQ(GetSettingNumber(kEntryOutputModeSetting.name, settingsRootHive,
-                               EntryKeyPath(clString(u"MP3 (Lame)"), clString()).text),
+                               EntryKeyPath(clString(u"AIFF"), clString()).text),
               2u);
-    // The FLAC entry shown first kept its own location.
-    EXPECT_EQ(U(Stored(u"FLAC", kEntryFolderSetting.name)), u"[origdrive]");
+    EXPECT_EQ(U(Stored(first.text, kEntryFolderSetting.name)), u"[origdrive]");
+    // The remembered rows: every folder row but the one selected.
+    EXPECT_FALSE(GetSettingText(u"qvtLastFolder-0").IsEmpty());
+    for (int n = 0; n < 12; ++n) {
+        EXPECT_FALSE(GetSettingText(clString::Formatted(u"qvtLastFolder-%d", n).text).Equals(form.SelectedOutput()));
+    }
+}
+
+// A page shows the stored string, keeps what it doesn't know, and is
+// rebuilt only when another entry is chosen; the sentinel reads it
+// without taking it down.
+TEST_F(OptionsTest, APageRestoresItsStringAndIsRebuiltOnlyForAnotherEntry) {
+    SetSettingText(clString(u"-bits=\"16\" -custom=\"a\""), kEntryOptionsSetting.name, settingsRootHive,
+                   EntryKeyPath(clString(u"Wave"), clString()).text);
+    globalEncoder = u"Wave";
+    frmConvertToOpt form(input);
+    ASSERT_TRUE(form.Open(nullptr));
+    ASSERT_EQ(U(form.currentEntry), u"Wave");
+    clWindowHandle bits = form.settingsPage.ControlOf(u"bits");
+    ASSERT_NE(bits, nullptr);
+    EXPECT_EQ(U(ComboItemText(bits, ComboGetSelection(bits))), u"16-bit integer");
+    EXPECT_EQ(U(form.PageOptions()), u"-bits=\"16\" -custom=\"a\"");
+    ComboSetSelection(bits, 5);  // float
+    ChooseEncoder(form, u"Wave");
+    EXPECT_EQ(form.settingsPage.ControlOf(u"bits"), bits) << "the entry on show is left alone";
+    EXPECT_EQ(U(form.PageOptions()), u"-bits=\"float\" -custom=\"a\"");
+    ChooseEncoder(form, u"AIFF");
+    EXPECT_EQ(U(Stored(u"Wave", kEntryOptionsSetting.name)), u"-bits=\"float\" -custom=\"a\"");
+    ChooseEncoder(form, u"Wave");
+    bits = form.settingsPage.ControlOf(u"bits");
+    EXPECT_EQ(U(ComboItemText(bits, ComboGetSelection(bits))), u"32-bit float");
+    // "X" leaves without saving.
+    ComboSetSelection(bits, 1);
+    form.OnCommand(kIdCloseCorner, form.closeCorner, kBnClicked);
+    form.OnTimer(1, 0);
+    EXPECT_EQ(form.result, 0);
+    form.DestroyWindowObject();
+    EXPECT_EQ(U(Stored(u"Wave", kEntryOptionsSetting.name)), u"-bits=\"float\" -custom=\"a\"");
+}
+
+namespace {
+
+int questions = 0;
+int AnswerYes(const clString&, const clString&, uint32_t) {
+    ++questions;
+    return clIdYes;
+}
+// The user types a label in the new profile window and confirms.
+void TypeSmallAndConfirm(XWindow& window, void*) {
+    auto* form = dynamic_cast<frmNewProfile*>(&window);
+    ASSERT_NE(form, nullptr);
+    EXPECT_FALSE(WindowIsEnabled(form->okButton)) << "the placeholder can't be accepted";
+    WindowSetText(form->label, clString(u"Small"));
+    form->OnCommand(kIdProfileLabel, form->label, kEnChange);
+    EXPECT_TRUE(WindowIsEnabled(form->okButton));
+    form->OnIdOk();
+}
+
+}  // namespace
+
+TEST_F(OptionsTest, AProfileIsMadeFromTheEntryOnShowAndDeletedWithItsKey) {
+    SetSettingNumber(1, u"qvtAllowProfiles");
+    globalEncoder = u"Wave";
+    frmConvertToOpt form(input);
+    ASSERT_TRUE(form.Open(nullptr));
+    SetModalHook(TypeSmallAndConfirm, nullptr);
+    ChooseEncoder(form, kCreateProfileRow);
+    SetModalHook(nullptr, nullptr);
+    EXPECT_EQ(U(form.currentEntry), u"Small \"Wave\"");
+    EXPECT_EQ(U(globalEncoder), u"Small \"Wave\"");
+    ASSERT_NE(form.settingsPage.ControlOf(u"bits"), nullptr) << "a profile shows its encoder's page";
+
+    SetMessageBoxHandler(AnswerYes);
+    questions = 0;
+    ChooseEncoder(form, u"Wave");
+    ChooseEncoder(form, kDeleteProfileRow);
+    EXPECT_EQ(questions, 0) << "only a profile can be deleted";
+    EXPECT_EQ(U(form.currentEntry), u"Wave");
+    ChooseEncoder(form, u"Small \"Wave\"");
+    ChooseEncoder(form, kDeleteProfileRow);
+    EXPECT_EQ(questions, 1);
+    EXPECT_EQ(form.cmbEncoders.FindExact(clString(u"Small \"Wave\"")), -1);
+    EXPECT_EQ(form.cmbEncoders.GetSelection(), 0);
+    clStringList profiles;
+    ListProfiles(profiles);
+    EXPECT_EQ(profiles.Count(), 0) << "the deleted key isn't brought back by a save";
+    form.OnIdCancel();
+    ListProfiles(profiles);
+    EXPECT_EQ(profiles.Count(), 0);
+    SetMessageBoxHandler(nullptr);
+}
+
+TEST_F(OptionsTest, TheNewProfileWindowRefusesATakenNameIgnoringCase) {
+    clStringList existing;
+    existing.Add(u"Small \"Wave\"");
+    frmNewProfile form(clString(u"Wave"), existing);
+    ASSERT_TRUE(form.Open(nullptr));
+    EXPECT_EQ(U(WindowGetText(WindowChild(form.windowHandle, kIdProfileEncoder))), u"'Wave'");
+    SetMessageBoxHandler(AnswerYes);
+    questions = 0;
+    WindowSetText(form.label, clString(u"SMALL"));
+    form.OnCommand(kIdProfileLabel, form.label, kEnChange);
+    form.OnIdOk();
+    EXPECT_EQ(questions, 1);
+    EXPECT_TRUE(form.result.IsEmpty());
+    WindowSetText(form.label, clString(u"<type profile name> 2"));
+    form.OnCommand(kIdProfileLabel, form.label, kEnChange);
+    form.OnIdOk();
+    EXPECT_EQ(questions, 1);
+    EXPECT_EQ(U(form.result), u"<type profile name> 2 \"Wave\"");
+    SetMessageBoxHandler(nullptr);
+}
+
+// The output list: a command row leads to its dialog and back to a real
+// row; a text is listed once; rows show their friendly view in colour.
+TEST_F(OptionsTest, OutputCommandsEndOnARealRowAndRowsAreListedOnce) {
+    frmConvertToOpt form(input);
+    folderAnswer.Clear();
+    form.askFolder = AnswerFolder;
+    ASSERT_TRUE(form.Open(nullptr));
+    clString before = form.SelectedOutput();
+    ChooseOutputRow(form, kOutputPreservePath);
+    EXPECT_EQ(U(form.SelectedOutput()), U(before)) << "a cancelled dialog selects the row before";
+    int32_t rows = form.cmbOutToFolder.Count();
+    ChooseOutputRow(form, kOutputSourceFolders);
+    ChooseOutputRow(form, kOutputSourceFolders);
+    EXPECT_EQ(form.cmbOutToFolder.Count(), rows) << "that row was there already";
+    EXPECT_EQ(U(form.SelectedOutput()), kSourceFoldersOutput);
+    form.askNaming = [](frmConvertToOpt&, const clString&) { return clString(u"[origdrive]{_._}[artist]\\[UPPER][title][]"); };
+    ChooseOutputRow(form, kOutputEditNaming);
+    EXPECT_EQ(form.cmbOutToFolder.Count(), rows + 1);
+    int32_t row = form.cmbOutToFolder.GetSelection();
+    EXPECT_EQ(row, form.cmbOutToFolder.fixedRows) << "a new row comes first behind the commands";
+    // Its runs: blue items, green functions, black between.
+    clDrawList& list = form.cmbOutToFolder.Item(row)->drawList;
+    std::u16string shown;
+    std::vector<uint32_t> colours;
+    for (uint32_t order = 0; order < list.nextOrder; ++order) {
+        clDrawElement* run = list.Element(order);
+        if (run == nullptr || run->kind != kDrawText) continue;
+        shown += std::u16string(run->text.text);
+        colours.push_back(run->colors[0]);
+    }
+    EXPECT_EQ(shown, u"Source Drive:\\Artist\\[UPPER]Title[]");
+    EXPECT_EQ(colours, (std::vector<uint32_t>{0x780000, 0x780000, 0, 0x007800, 0x780000, 0x007800}));
+    EXPECT_EQ(U(WindowGetText(form.cmbOutToFolder.control)), u"Source Drive:\\Artist\\[UPPER]Title[]");
+}
+
+// Files arrive while the window is open: dropped (folders searched, other
+// files left out without a word) and from a second TrackConverter.
+TEST_F(OptionsTest, DroppedFilesAndFoldersAndAHandOverFromAnotherProcessCount) {
+    input.AddSource(Source(u"one.wav"), true);
+    frmConvertToOpt form(input);
+    ASSERT_TRUE(form.Open(nullptr));
+    clString album = dir.File(u"album");
+    clString cd2 = JoinPath(album, clString(u"cd2"));
+    MakeFolders(cd2);
+    MakeFolders(dir.File(u"empty"));
+    WriteBytes(dir.File(u"notes.txt"), "text");
+    clStringList paths;
+    paths.Add(Source(u"two.wav"));
+    paths.Add(dir.File(u"notes.txt"));
+    paths.Add(dir.File(u"empty"));
+    WriteBytes(JoinPath(album, clString(u"a.wav")), ToneWave(1, 0.5));
+    WriteBytes(JoinPath(cd2, clString(u"b.wav")), ToneWave(2, 0.5));
+    paths.Add(album);
+    paths.Add(dir.File(u"one.wav"));  // already there
+    SimulateDrop(form.windowHandle, paths);
+    EXPECT_EQ(U(WindowGetText(form.fileButton)), u"4 Files");
+    EXPECT_EQ(input.excludedFiles.Count(), 0) << "a dropped non-audio file is dropped without a word";
+
+    clString list = dir.File(u"more.txt");
+    WriteBytes(list, Utf16Le(U(Source(u"three.wav")) + u"\r\n" + U(dir.File(u"two.wav")) + u"\r\n"));
+    clStringList arguments;
+    arguments.Add(clString(u"-list_to_conv=", list.text));
+    int exitCode = -1;
+    ASSERT_TRUE(PlatformRunProcess(ProgramPath(u"TrackConverter"), arguments, dir.File(u"second.log"), &exitCode));
+    EXPECT_EQ(exitCode, 0);
+    EXPECT_TRUE(PathExists(list)) << "the sender's list stays";
+    form.OnTimer(1, 0);
+    EXPECT_EQ(U(WindowGetText(form.fileButton)), u"5 Files") << "the duplicate is dropped";
 }
 
 // The pictures for the screenshots: each encoder's page, and a long

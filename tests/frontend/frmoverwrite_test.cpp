@@ -10,6 +10,7 @@
 #include "foundation/folders.h"
 #include "foundation/platform/processinfo.h"
 #include "frontend/conversionstage.h"
+#include "foundation/pathsyntax.h"
 #include "foundation/pathtext.h"
 #include "tests/support/testfolder.h"
 #include "tests/support/toolkittest.h"
@@ -123,6 +124,7 @@ TEST_F(OverwriteTest, UniqueNamesAppendOneSuffixEachTimeAndNothingIsCountedAfter
     EXPECT_EQ(once.Compare(base, base.Length()), 0);
     clString suffix = once.Mid(base.Length() + 1, once.Length());
     EXPECT_EQ(suffix.Compare(u" - ", 3), 0) << suffix.ToUtf8();
+    EXPECT_EQ(suffix.FindChar(NativePathSyntax().separator), 0) << "a date's separator would make folders";
     EXPECT_TRUE(form.list.GetItemText(2, 0).Equals(once)) << "the same suffix on every row";
     EXPECT_TRUE(Caption(form).Equals(u"Convert"));
     Popup(form, kMenuUniqueNames);

@@ -1,0 +1,114 @@
+#include "frontend/scriptedanswers.h"
+
+#include <string>
+
+#include "foundation/file.h"
+#include "foundation/platform/processinfo.h"
+#include "foundation/stringlist.h"
+#include "foundation/utf.h"
+#include "frontend/frmconverttoopt.h"
+#include "frontend/frmerrorsinfo.h"
+#include "frontend/frmnewprofile.h"
+#include "frontend/frmoverwrite.h"
+#include "toolkit/controls.h"
+#include "toolkit/xwindow.h"
+
+namespace {
+
+clString scriptPath;
+
+std::string ReadScript() {
+    clFile file;
+    file.fileName = scriptPath;
+    file.Open(clAccessRead, clOpenExisting, false, true);
+    std::string bytes;
+    char buffer[4096];
+    for (uint32_t got; file.handle != clInvalidHandle && (got = file.Read(buffer, sizeof buffer)) > 0;) {
+        bytes.append(buffer, got);
+    }
+    return bytes;
+}
+
+void WriteScript(const std::string& bytes) {
+    clFile file;
+    file.fileName = scriptPath;
+    file.Open(clAccessWrite, clCreateAlways, false, true);
+    if (file.handle != clInvalidHandle) file.Write(bytes.data(), static_cast<uint32_t>(bytes.size()));
+}
+
+const char16_t* KindOf(XWindow& window) {
+    if (dynamic_cast<frmConvertToOpt*>(&window) != nullptr) return u"options";
+    if (dynamic_cast<frmOverwrite*>(&window) != nullptr) return u"overwrite";
+    if (dynamic_cast<frmErrorsInfo*>(&window) != nullptr) return u"errors";
+    if (dynamic_cast<frmNewProfile*>(&window) != nullptr) return u"newprofile";
+    return u"";
+}
+
+// The step's word and the rest of it.
+void SplitStep(const clString& step, clString& word, clString& rest) {
+    clString text(step);
+    text.TrimLeft();
+    int32_t blank = text.FindChar(u' ');
+    word = blank == 0 ? text : text.Mid(1, blank - 1);
+    rest = blank == 0 ? clString() : text.Mid(blank + 1, text.Length());
+}
+
+void Run(XWindow& window, const clString& step) {
+    clString word, rest;
+    SplitStep(step, word, rest);
+    auto* options = dynamic_cast<frmConvertToOpt*>(&window);
+    if (word.Equals(u"press")) {
+        auto id = static_cast<uint32_t>(rest.ToInt64());
+        WindowSend(window.windowHandle, kWmCommand, clMakeWParam(id, kBnClicked),
+                   reinterpret_cast<intptr_t>(WindowChild(window.windowHandle, id)));
+    } else if (options != nullptr && word.Equals(u"encoder")) {
+        int32_t row = options->cmbEncoders.FindExact(rest);
+        if (row < 0) return;
+        options->cmbEncoders.SetSelection(row);
+        options->OnCommand(kIdEncoderList, options->cmbEncoders.control, kCbnSelChange);
+    } else if (options != nullptr && word.Equals(u"option")) {
+        clString name, value;
+        SplitStep(rest, name, value);
+        options->settingsPage.SetValue(name.text, value);
+    } else if (options != nullptr && word.Equals(u"output")) {
+        options->AddOutputRow(rest, false, true, false);
+    }
+}
+
+void Answer(XWindow& window, void*) {
+    clString kind(KindOf(window));
+    std::string bytes = ReadScript();
+    clString text;
+    Utf8ToString(bytes.data(), static_cast<int64_t>(bytes.size()), text);
+    text.Replace(u"\n", u"\r");
+    clStringList lines;
+    lines.SplitLines(text);
+    clString prefix(kind.text, u":");
+    for (int64_t i = 0; i < lines.Count(); ++i) {
+        if (kind.IsEmpty() || lines[i].Compare(prefix.text, prefix.Length()) != 0) continue;
+        clString steps = lines[i].Mid(prefix.Length() + 1, lines[i].Length());
+        // The line is used up before its steps run: a program they start
+        // reads what is left.
+        std::string rest;
+        for (int64_t j = 0; j < lines.Count(); ++j) {
+            if (j != i) rest += StringToUtf8(lines[j]) + "\n";
+        }
+        WriteScript(rest);
+        clStringList list;
+        list.Split(steps.text, u";");
+        for (int64_t s = 0; s < list.Count(); ++s) Run(window, list[s]);
+        return;
+    }
+    if (kind.IsEmpty()) return;
+    // A window the script didn't expect says so and closes, rather than
+    // waiting for a user who isn't there.
+    WriteScript(bytes + "unanswered: " + StringToUtf8(kind) + "\n");
+    WindowSend(window.windowHandle, kWmClose, 0, 0);
+}
+
+}  // namespace
+
+void InstallScriptedAnswers() {
+    if (!PlatformGetEnvironment(u"QUILLOTONE_TEST_SCRIPT", scriptPath) || scriptPath.IsEmpty()) return;
+    SetModalHook(Answer, nullptr);
+}

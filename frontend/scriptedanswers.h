@@ -1,0 +1,18 @@
+// Answers to the program's windows from a script, for the tests that run
+// the real TrackConverter: when QUILLOTONE_TEST_SCRIPT names a file, each
+// window that waits for the user takes the first line of the file meant
+// for its kind, carries out its steps and removes it, so that a program
+// started from that window (a re-convert) finds the lines left for it.
+//
+// A line: a kind ("options", "overwrite", "errors", "newprofile"), a
+// colon, then steps separated by ";":
+//   encoder TEXT          choose that row of the encoder list
+//   option NAME VALUE     set a value of the settings page
+//   output TEXT           make TEXT the output location
+//   press ID              press the control with that id
+// A window without a line of its own adds "unanswered: KIND" to the file
+// and is closed. Without the variable nothing of this is active.
+#pragma once
+
+// Installs the answers when the environment asks for them.
+void InstallScriptedAnswers();

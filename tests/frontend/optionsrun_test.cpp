@@ -1,0 +1,163 @@
+// The real TrackConverter with its windows, answered by a script as a user
+// would answer them (QUILLOTONE_TEST_SCRIPT): files given on the command
+// line open the options window, whose choices the conversion uses; and a
+// batch settles an overwrite conflict in its window, ends in the errors
+// window when a file failed, and converts that file again from there.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+#include <thread>
+
+#include "foundation/findfiles.h"
+#include "foundation/folders.h"
+#include "foundation/pathtext.h"
+#include "foundation/platform/processinfo.h"
+#include "foundation/settingnames.h"
+#include "foundation/settings.h"
+#include "foundation/stringlist.h"
+#include "foundation/utf.h"
+#include "plugins/effectstring.h"
+#include "plugins/encoderentries.h"
+#include "tests/codecs/wavefiles.h"
+#include "tests/support/testfolder.h"
+
+namespace {
+
+std::string Utf8(const clString& text) { return StringToUtf8(text); }
+
+class WindowRunTest : public ::testing::Test {
+protected:
+    TestFolder dir;
+    clString script = dir.File(u"script.txt");
+    clString out = dir.File(u"out");
+
+    WindowRunTest() {
+        // Windows are shown and asked; the script answers them.
+        PlatformSetEnvironment(u"QUILLOTONE_NONINTERACTIVE", u"0");
+        PlatformSetEnvironment(u"QT_QPA_PLATFORM", u"offscreen");
+        PlatformSetEnvironment(u"QUILLOTONE_TEST_SCRIPT", script.text);
+        SetSettingsRoot(kSettingsHive, kSettingsRoot);
+        DeleteSettingKeyTree(kSettingsRoot, kEntriesKeyName);
+        SetSettingNumber(1, kSkipFinishSetting.name);
+        DeleteSettingValue(kLastEntryPrefix, kSettingsRoot);
+        MakeFolders(out);
+    }
+    ~WindowRunTest() override {
+        PlatformSetEnvironment(u"QUILLOTONE_TEST_SCRIPT", u"");
+        PlatformSetEnvironment(u"QUILLOTONE_NONINTERACTIVE", u"1");
+    }
+    clString Source(const char16_t* name, int tone) {
+        clString path = dir.File(name);
+        WriteBytes(path, ToneWave(tone, 1.0));
+        return path;
+    }
+    int Run(const clString& program, const clStringList& arguments) {
+        int exitCode = -1;
+        EXPECT_TRUE(PlatformRunProcess(program, arguments, dir.File(u"run.log"), &exitCode));
+        return exitCode;
+    }
+    // The output location as the options window writes it.
+    clString OutputText() const {
+        clString folder(out);
+        AddBackslash(folder);
+        return JoinOutputText(folder, clString(u"[origfilename]"));
+    }
+    // The files in the output folder.
+    int CountOutputs(const char16_t* extension) const {
+        int count = 0;
+        clFindFiles find(clString(u"*"), out);
+        while (find.Next()) {
+            if (!find.IsFolder() && GetExtension(find.fullName).EqualsNoCase(extension)) ++count;
+        }
+        return count;
+    }
+};
+
+uint16_t BitsOf(const std::string& wave) {
+    std::string fmt = FindChunk(wave, "fmt ");
+    return fmt.size() >= 16 ? static_cast<uint16_t>(static_cast<unsigned char>(fmt[14]) | (fmt[15] << 8)) : 0;
+}
+
+}  // namespace
+
+// TrackConverter with files opens the options window: the user picks an
+// encoder, sets its page and a folder, presses "Convert >>", and the
+// conversion uses exactly those settings.
+TEST_F(WindowRunTest, FilesOnTheCommandLineOpenTheOptionsWindowWhoseChoicesConvert) {
+    clStringList arguments;
+    arguments.Add(Source(u"a.wav", 1));
+    arguments.Add(Source(u"b.wav", 2));
+    WriteBytes(script, "options: encoder Wave; option bits 24; output " + Utf8(OutputText()) + "; press 1\n");
+    EXPECT_EQ(Run(ProgramPath(u"TrackConverter"), arguments), 0) << ReadBytes(dir.File(u"run.log"));
+    EXPECT_EQ(ReadBytes(script), "") << "every window the script answers appeared";
+    EXPECT_EQ(U(GetSettingText(kEntryOptionsSetting.name, settingsRootHive,
+                               EntryKeyPath(clString(u"Wave"), clString()).text)),
+              u"-bits=\"24\"");
+    for (const char16_t* name : {u"a.wav", u"b.wav"}) {
+        std::string wave = ReadBytes(JoinPath(out, clString(name)));
+        EXPECT_EQ(BitsOf(wave), 24) << "the page's choice reached the worker";
+    }
+}
+
+#if !defined(_WIN32)
+// The same with a lossy encoder and a quality from its page: the best
+// quality makes a bigger file than the smallest does.
+TEST_F(WindowRunTest, TheMp3QualityChosenOnThePageIsTheOneEncoded) {
+    clStringList arguments;
+    arguments.Add(Source(u"a.wav", 1));
+    WriteBytes(script, "options: encoder MP3 (Lame); option quality 0; output " + Utf8(OutputText()) + "; press 1\n");
+    EXPECT_EQ(Run(ProgramPath(u"TrackConverter"), arguments), 0) << ReadBytes(dir.File(u"run.log"));
+    EXPECT_EQ(ReadBytes(script), "");
+    size_t best = ReadBytes(JoinPath(out, clString(u"a.mp3"))).size();
+    clStringList qvt;
+    for (const char16_t* word : {u"convert", u"--to", u"MP3 (Lame)", u"--options", u"-quality=\"9\"", u"--folder"}) {
+        qvt.Add(word);
+    }
+    qvt.Add(dir.File(u"small"));
+    qvt.Add(dir.File(u"a.wav"));
+    EXPECT_EQ(Run(ProgramPath(u"qvt"), qvt), 0);
+    size_t smallest = ReadBytes(JoinPath(dir.File(u"small"), clString(u"a.mp3"))).size();
+    EXPECT_GT(best, smallest + smallest / 4) << best << " " << smallest;
+}
+#endif
+
+// A batch started on the desktop: the existing output is settled in the
+// overwrite window (a name of its own), the file fails once, the errors
+// window offers it again, and the re-convert's own options window
+// converts it.
+TEST_F(WindowRunTest, AnOverwriteIsSettledAndAFailedFileIsConvertedAgainFromTheErrorsWindow) {
+    // The fault tests' installation, with the "Fault Injection" effect.
+    clString installed = JoinPath(JoinPath(JoinPath(GetProgramFolder(), clString(u"..")), clString(u"tests")),
+                                  clString(u"faultinstall"));
+    clString program = JoinPath(installed, clString(u"TrackConverter"));
+    program.Append(PlatformExecutableSuffix());
+    ASSERT_TRUE(PathExists(program));
+    clString source = Source(u"song.wav", 3);
+    clString existing = JoinPath(out, clString(u"song.wav"));
+    WriteBytes(existing, "not to be lost");
+    clString key = EntryKeyPath(clString(u"Wave"), clString());
+    SaveEntryOutput(key, OutputText());
+    clEffectList effects;
+    effects.Add(clString(u"Fault Injection"), clString(u"failonce=", dir.File(u"failed-once").text));
+    SetSettingText(BuildStoredEffectText(effects), kEntryEffectsSetting.name, settingsRootHive, key.text);
+    clString list = dir.File(u"list.txt");
+    WriteBytes(list, Utf16Le(U(source) + u"\r\n"));
+    WriteBytes(script,
+               "overwrite: press 4; press 1\n"
+               "errors: press 1041\n"
+               "options: press 1\n"
+               "overwrite: press 4; press 1\n");
+    clStringList arguments;
+    arguments.Add(clString(u"-list_to_conv=", list.text));
+    arguments.Add(u"-skip_ready_to_conv");
+    arguments.Add(u"-select_profile=Wave");
+    Run(program, arguments);
+    // The re-convert runs on by itself: its output is the sign it ended.
+    for (int i = 0; i < 600 && CountOutputs(u".wav") < 2; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    for (int i = 0; i < 100 && !ReadBytes(script).empty(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    EXPECT_EQ(ReadBytes(script), "") << "every window the script answers appeared";
+    EXPECT_TRUE(PathExists(dir.File(u"failed-once"))) << "the first try failed";
+    EXPECT_EQ(ReadBytes(existing), "not to be lost");
+    EXPECT_EQ(CountOutputs(u".wav"), 2) << "the file converted on its second try, under a name of its own";
+}
