@@ -106,12 +106,25 @@ bool RunOptionsStage(clConversionInput& input) {
     return window.Run(nullptr) == 1;
 }
 
+namespace {
+
+bool ChooseWithDialog(const clString& title, const clStringList& filters, const clString& initialFolder,
+                      clStringList& chosen) {
+    return ChooseFiles(nullptr, title, filters, initialFolder, chosen);
+}
+
+clFileChooser fileChooser = ChooseWithDialog;
+
+}  // namespace
+
+void SetFileChooser(clFileChooser chooser) { fileChooser = chooser != nullptr ? chooser : ChooseWithDialog; }
+
 void RunOpenFileStage(clConversionInput& input) {
     if (!ConversionHasWindow()) return;
     clStringList filters;
     ScanDecoders(true, nullptr, &filters);
     clStringList chosen;
-    if (!ChooseFiles(nullptr, clString(u"Quillotone Track Converter: Select Audio File(s)"), filters,
+    if (!fileChooser(clString(u"Quillotone Track Converter: Select Audio File(s)"), filters,
                      GetSettingText(u"LastAccessedFolder"), chosen)) {
         return;
     }

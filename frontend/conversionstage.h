@@ -5,6 +5,8 @@
 #include "engine/conversion.h"
 #include "foundation/clstring.h"
 
+class clStringList;
+
 class clConversionInput;
 
 void RunConversionStage(clConversionInput& input);
@@ -15,6 +17,11 @@ bool RunOptionsStage(clConversionInput& input);
 // The open-file dialog, when no files came on the command line: the files
 // chosen become sources as they are, and their folder is remembered.
 void RunOpenFileStage(clConversionInput& input);
+// What asks the user for files: the toolkit's open dialog, unless scripted
+// answers stand in for it (scriptedanswers.h).
+using clFileChooser = bool (*)(const clString& title, const clStringList& filters, const clString& initialFolder,
+                               clStringList& chosen);
+void SetFileChooser(clFileChooser chooser);
 // True when the conversion is shown in a window: a display, no -console,
 // and the toolkit started.
 bool ConversionHasWindow();

@@ -6,6 +6,7 @@
 #include "foundation/platform/processinfo.h"
 #include "foundation/stringlist.h"
 #include "foundation/utf.h"
+#include "frontend/conversionstage.h"
 #include "frontend/frmconverttoopt.h"
 #include "frontend/frmerrorsinfo.h"
 #include "frontend/frmnewprofile.h"
@@ -75,9 +76,10 @@ void Run(XWindow& window, const clString& step) {
     }
 }
 
-void Answer(XWindow& window, void*) {
-    clString kind(KindOf(window));
-    std::string bytes = ReadScript();
+// Takes the first line for `kind` out of the script and answers its
+// steps; false when there is none.
+bool TakeLine(const clString& kind, clStringList& steps, std::string& bytes) {
+    bytes = ReadScript();
     clString text;
     Utf8ToString(bytes.data(), static_cast<int64_t>(bytes.size()), text);
     text.Replace(u"\n", u"\r");
@@ -86,7 +88,6 @@ void Answer(XWindow& window, void*) {
     clString prefix(kind.text, u":");
     for (int64_t i = 0; i < lines.Count(); ++i) {
         if (kind.IsEmpty() || lines[i].Compare(prefix.text, prefix.Length()) != 0) continue;
-        clString steps = lines[i].Mid(prefix.Length() + 1, lines[i].Length());
         // The line is used up before its steps run: a program they start
         // reads what is left.
         std::string rest;
@@ -94,9 +95,18 @@ void Answer(XWindow& window, void*) {
             if (j != i) rest += StringToUtf8(lines[j]) + "\n";
         }
         WriteScript(rest);
-        clStringList list;
-        list.Split(steps.text, u";");
-        for (int64_t s = 0; s < list.Count(); ++s) Run(window, list[s]);
+        steps.Split(lines[i].Mid(prefix.Length() + 1, lines[i].Length()).text, u";");
+        return true;
+    }
+    return false;
+}
+
+void Answer(XWindow& window, void*) {
+    clString kind(KindOf(window));
+    clStringList steps;
+    std::string bytes;
+    if (TakeLine(kind, steps, bytes)) {
+        for (int64_t s = 0; s < steps.Count(); ++s) Run(window, steps[s]);
         return;
     }
     if (kind.IsEmpty()) return;
@@ -106,9 +116,25 @@ void Answer(XWindow& window, void*) {
     WindowSend(window.windowHandle, kWmClose, 0, 0);
 }
 
+// The open dialog's answer: "files: PATH; PATH". Without a line, the
+// dialog was cancelled.
+bool ChooseScripted(const clString&, const clStringList&, const clString&, clStringList& chosen) {
+    chosen.Clear();
+    clStringList steps;
+    std::string bytes;
+    if (!TakeLine(clString(u"files"), steps, bytes)) return false;
+    for (int64_t i = 0; i < steps.Count(); ++i) {
+        clString path(steps[i]);
+        path.TrimLeft();
+        if (!path.IsEmpty()) chosen.Add(path);
+    }
+    return chosen.Count() > 0;
+}
+
 }  // namespace
 
 void InstallScriptedAnswers() {
     if (!PlatformGetEnvironment(u"QUILLOTONE_TEST_SCRIPT", scriptPath) || scriptPath.IsEmpty()) return;
     SetModalHook(Answer, nullptr);
+    SetFileChooser(ChooseScripted);
 }

@@ -10,6 +10,7 @@
 //   option NAME VALUE     set a value of the settings page
 //   output TEXT           make TEXT the output location
 //   press ID              press the control with that id
+// The open-file dialog takes a line "files: PATH; PATH" (none: cancelled).
 // A window without a line of its own adds "unanswered: KIND" to the file
 // and is closed. Without the variable nothing of this is active.
 #pragma once

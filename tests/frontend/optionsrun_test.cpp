@@ -100,6 +100,22 @@ TEST_F(WindowRunTest, FilesOnTheCommandLineOpenTheOptionsWindowWhoseChoicesConve
     }
 }
 
+// Without files the open dialog asks first; its files go on to the options
+// window and the folder is remembered.
+TEST_F(WindowRunTest, WithoutFilesTheOpenDialogAsksFirst) {
+    clString a = Source(u"a.wav", 1);
+    WriteBytes(script, "files: " + Utf8(a) + "\noptions: encoder Wave; output " + Utf8(OutputText()) + "; press 1\n");
+    clStringList none;
+    EXPECT_EQ(Run(ProgramPath(u"TrackConverter"), none), 0) << ReadBytes(dir.File(u"run.log"));
+    EXPECT_EQ(ReadBytes(script), "");
+    EXPECT_FALSE(ReadBytes(JoinPath(out, clString(u"a.wav"))).empty());
+    EXPECT_EQ(U(GetSettingText(u"LastAccessedFolder")), U(dir.Path()));
+    // A cancelled dialog ends the program without a window.
+    WriteBytes(script, "");
+    EXPECT_EQ(Run(ProgramPath(u"TrackConverter"), none), 0);
+    EXPECT_EQ(ReadBytes(script), "") << "no window appeared";
+}
+
 #if !defined(_WIN32)
 // The same with a lossy encoder and a quality from its page: the best
 // quality makes a bigger file than the smallest does.

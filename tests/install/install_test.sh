@@ -1,0 +1,34 @@
+#!/usr/bin/env bash
+# Installs the build into a fresh prefix, as `cmake --install` does for a
+# user, and checks what a desktop and a terminal find there: a valid
+# desktop entry that opens audio files with the installed TrackConverter,
+# its icon, and qvt on the bin folder converting with the installed
+# plug-ins.
+# Usage: install_test.sh BUILD_DIR
+set -euo pipefail
+build=$1
+prefix=$(mktemp -d)
+trap 'rm -rf "$prefix"' EXIT
+cmake --install "$build" --prefix "$prefix" >/dev/null
+
+entry="$prefix/share/applications/quillotone-trackconverter.desktop"
+desktop-file-validate "$entry"
+grep -qx "Exec=$prefix/lib/quillotone/TrackConverter %F" "$entry" || { echo "Exec is wrong:"; grep Exec "$entry"; exit 1; }
+grep -q "audio/flac;" "$entry" && grep -q "audio/mpeg;" "$entry" || { echo "audio types missing"; exit 1; }
+[ -f "$prefix/share/icons/hicolor/scalable/apps/quillotone-trackconverter.svg" ] || { echo "no icon"; exit 1; }
+[ -x "$prefix/lib/quillotone/TrackConverter" ] && [ -x "$prefix/lib/quillotone/ConvertWorker" ] || { echo "programs missing"; exit 1; }
+
+# qvt through its link converts with the installed program folder.
+work="$prefix/work"
+mkdir -p "$work"
+export QUILLOTONE_CONFIG_DIR="$work/config" QUILLOTONE_NONINTERACTIVE=1
+python3 - "$work/tone.wav" <<'PY'
+import math, struct, sys, wave
+with wave.open(sys.argv[1], "wb") as w:
+    w.setnchannels(1); w.setsampwidth(2); w.setframerate(44100)
+    w.writeframes(b"".join(struct.pack("<h", int(8000 * math.sin(i / 20))) for i in range(44100)))
+PY
+"$prefix/bin/qvt" plugins | grep -q "^  Wave" || { echo "the installed plug-ins aren't found"; exit 1; }
+"$prefix/bin/qvt" convert --to Wave --options '-bits="24"' --folder "$work/out" "$work/tone.wav" >/dev/null 2>&1 || true
+[ -s "$work/out/tone.wav" ] || { echo "the installed qvt converted nothing"; exit 1; }
+echo "installed and converted"
