@@ -19,6 +19,7 @@
 #include "foundation/messagebox.h"
 #include "foundation/platform/processinfo.h"
 #include "frontend/frmnewprofile.h"
+#include "plugins/effectstring.h"
 #include "tests/codecs/wavefiles.h"
 #include "tests/support/testfolder.h"
 #include "tests/support/toolkittest.h"
@@ -313,6 +314,11 @@ TEST_F(OptionsTest, PicturesOfEachEncodersPage) {
                    EntryKeyPath(clString(u"Opus"), clString()).text);
     SetSettingText(clString(u"[album artist]\\[IFVALUE]year|[year] - |[][album]\\[track] [UPPER][title][]"),
                    kEntryNamingSetting.name, settingsRootHive, EntryKeyPath(clString(u"Opus"), clString()).text);
+    clEffectList effects;
+    effects.Add(clString(u"Resample"), clString(u"-rate=\"48000\""));
+    effects.Add(clString(u"ReplayGain"), clString(u"-mode=\"album\""));
+    SetSettingText(BuildStoredEffectText(effects), kEntryEffectsSetting.name, settingsRootHive,
+                   EntryKeyPath(clString(u"Opus"), clString()).text);
     frmConvertToOpt form(input);
     ASSERT_TRUE(form.Open(nullptr));
     for (const char* name : {"FLAC", "MP3 (Lame)", "Ogg Vorbis", "Opus", "Wave", "AIFF"}) {
