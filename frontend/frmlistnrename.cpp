@@ -28,6 +28,9 @@ constexpr uint32_t kRowsEveryMs = 250;
 constexpr uint32_t kReaderStopMs = 20000;
 constexpr int32_t kHintMinimumWidth = 600;
 constexpr uint32_t kTickBudgetMs = 100;
+// Rows put in the list when it opens, and in each piece after.
+constexpr int32_t kFirstRows = 100;
+constexpr int32_t kRowsPerInsert = 50;
 
 uint32_t LevelOf(const clSourceFile& source) {
     return std::atomic_ref<uint32_t>(const_cast<uint32_t&>(source.level)).load();
@@ -210,52 +213,32 @@ void frmListNRename::FillRows() {
         ListViewSetImages(list.controlHandle, &icon, 1, 16);
         image = 0;
     }
+    listImage = image;
     ListViewReserve(list.controlHandle, static_cast<int32_t>(sources->count));
-    WindowSetRedraw(list.controlHandle, false);
-    filling = true;  // the summary once at the end, not per row
-    for (int32_t row = 0; row < sources->count; ++row) {
-        clSourceFile& source = Source(row);
-        clString destination = source.chosenOutput.IsEmpty() ? RowDestination(source) : source.chosenOutput;
-        list.InsertItem(-1, destination, image);
-        clString from;
-        if (IsIgnored(source.path)) {
-            from = clString(u"< ", DecoderDescription(source.path).text);
-            from.Append(u" >");
-        } else {
-            from = RemoveExtension(FriendlyPath(source.path));
+    if (sources->count > 0 && !noOutput) {
+        clSourceFile& source = Source(0);
+        // The target's free space: of a drive root on Windows, of the
+        // nearest existing folder of the destination elsewhere.
+        clString target = ComputeOutputPath(source, folder, namingRule, extension, clString(), dspEffects);
+        clString place = GetFolderPart(target);
+        bool driveRoot = target.CharAt(2) == u':' && target.CharAt(3) == u'\\';
+        if (NativePathSyntax().IsWindows()) place = driveRoot ? target.Mid(1, 3) : clString();
+        while (!place.IsEmpty() && !PathExists(place)) {
+            clString above(place);
+            RemoveBackslashes(above);
+            above = GetFolderPart(above);
+            if (above.Equals(place)) break;
+            place = above;
         }
-        list.SetItemText(row, 1, from);
-        if (row == 0 && !noOutput) {
-            // The target's free space: of a drive root on Windows, of the
-            // nearest existing folder of the destination elsewhere.
-            clString target = ComputeOutputPath(source, folder, namingRule, extension, clString(), dspEffects);
-            clString place = GetFolderPart(target);
-            bool driveRoot = target.CharAt(2) == u':' && target.CharAt(3) == u'\\';
-            if (NativePathSyntax().IsWindows()) place = driveRoot ? target.Mid(1, 3) : clString();
-            while (!place.IsEmpty() && !PathExists(place)) {
-                clString above(place);
-                RemoveBackslashes(above);
-                above = GetFolderPart(above);
-                if (above.Equals(place)) break;
-                place = above;
-            }
-            uint64_t bytes = 0;
-            if (!place.IsEmpty() && PlatformGetFreeSpace(place.text, &bytes)) {
-                freeSpaceText = u"\t\tFree Space: ";
-                freeSpaceText.Append(FormatSize(static_cast<int64_t>(bytes), false));
-                freeSpaceText.Append(u" on ");
-                freeSpaceText.Append(FriendlyFolderName(place, false));
-            }
+        uint64_t bytes = 0;
+        if (!place.IsEmpty() && PlatformGetFreeSpace(place.text, &bytes)) {
+            freeSpaceText = u"\t\tFree Space: ";
+            freeSpaceText.Append(FormatSize(static_cast<int64_t>(bytes), false));
+            freeSpaceText.Append(u" on ");
+            freeSpaceText.Append(FriendlyFolderName(place, false));
         }
     }
-    // Checked in one go, then the excluded ones unchecked: one call for
-    // the whole list instead of one per row.
-    list.SetChecked(-1, true);
-    for (int32_t row = 0; row < sources->count; ++row) {
-        if (Source(row).excluded != 0) list.SetChecked(row, false);
-    }
-    filling = false;
-    WindowSetRedraw(list.controlHandle, true);
+    InsertRows(kFirstRows);
     ShowSummary();
     // A batch whose naming needs no tags never opens a decoder.
     reader.Start(
@@ -280,13 +263,40 @@ void frmListNRename::FitPathColumns() {
     list.SetColumnWidth(1, w * 3 / 4);
 }
 
-bool frmListNRename::AllRowsComplete() const { return nextRow >= list.GetItemCount(); }
+void frmListNRename::InsertRows(int32_t upTo) {
+    int32_t from = list.GetItemCount();
+    upTo = std::min(upTo, static_cast<int32_t>(sources->count));
+    if (from >= upTo) return;
+    WindowSetRedraw(list.controlHandle, false);
+    filling = true;  // the summary once at the end, not per row
+    for (int32_t row = from; row < upTo; ++row) {
+        clSourceFile& source = Source(row);
+        clString destination = source.chosenOutput.IsEmpty() ? RowDestination(source) : source.chosenOutput;
+        if (!destination.IsEmpty()) destination.Append(laterSuffix);
+        list.InsertItem(-1, destination, listImage, LaterRowChecked(row));
+        clString shown;
+        if (IsIgnored(source.path)) {
+            shown = clString(u"< ", DecoderDescription(source.path).text);
+            shown.Append(u" >");
+        } else {
+            shown = RemoveExtension(FriendlyPath(source.path));
+        }
+        list.SetItemText(row, 1, shown);
+    }
+    filling = false;
+    WindowSetRedraw(list.controlHandle, true);
+}
+
+bool frmListNRename::LaterRowChecked(int32_t row) const { return laterChecked && Source(row).excluded == 0; }
+
+bool frmListNRename::AllRowsComplete() const { return nextRow >= sources->count; }
 
 void frmListNRename::ShowSummary() {
     int32_t checked = 0;
     uint64_t total = 0;
-    for (int32_t row = 0; row < list.GetItemCount(); ++row) {
-        if (!list.IsChecked(row)) continue;
+    int32_t listed = list.GetItemCount();
+    for (int32_t row = 0; row < sources->count; ++row) {
+        if (row < listed ? !list.IsChecked(row) : !LaterRowChecked(row)) continue;
         ++checked;
         total += Source(row).estimatedSize;
     }
@@ -309,10 +319,15 @@ void frmListNRename::CompleteRows() {
     if (units == 0) units = kUnitsTimeSetting.defaultValue;
     if (units == 4) units = 0;
     bool held = false;
-    int32_t count = list.GetItemCount();
     // A tick that found thousands of rows read leaves the rest to the next
     // ones, so the window answers the user in between.
     uint32_t started = PlatformTickCount();
+    // Rows for what has been read, and a screenful beyond it.
+    while (list.GetItemCount() < sources->count && list.GetItemCount() < nextRow + kFirstRows &&
+           PlatformTickCount() - started < kTickBudgetMs / 2) {
+        InsertRows(list.GetItemCount() + kRowsPerInsert);
+    }
+    int32_t count = list.GetItemCount();
     while (nextRow < count && PlatformTickCount() - started < kTickBudgetMs) {
         clSourceFile& source = Source(nextRow);
         uint32_t level = LevelOf(source);
@@ -340,7 +355,7 @@ void frmListNRename::CompleteRows() {
             list.SetItemText(nextRow, 0, RowDestination(source));
         }
         ++nextRow;
-        if (nextRow == count) ShowSummary();
+        if (nextRow == sources->count) ShowSummary();
     }
     if (held) WindowSetRedraw(list.controlHandle, true);
     inTick = false;
@@ -362,14 +377,27 @@ void frmListNRename::CommitRows() {
         if (!shown.IsEmpty() && !shown.Equals(computed)) source.chosenOutput = shown;
         source.excluded = list.IsChecked(row) ? 0 : 1;
     }
+    for (int32_t row = list.GetItemCount(); row < sources->count; ++row) {
+        clSourceFile& source = Source(row);
+        if (!laterSuffix.IsEmpty()) {
+            clString name = source.chosenOutput.IsEmpty() ? RowDestination(source) : source.chosenOutput;
+            if (!name.IsEmpty()) source.chosenOutput = clString(name.text, laterSuffix.text);
+        }
+        source.excluded = LaterRowChecked(row) ? 0 : 1;
+    }
 }
 
 void frmListNRename::CheckAll(bool checked) {
     SetAllChecked(list, checked);
+    laterChecked = checked;
     ShowSummary();
 }
 
-void frmListNRename::MakeAllUnique() { AppendToNames(list, UniqueNameSuffix()); }
+void frmListNRename::MakeAllUnique() {
+    clString suffix = UniqueNameSuffix();
+    AppendToNames(list, suffix);
+    laterSuffix.Append(suffix);
+}
 
 void frmListNRename::ShowPopup(clPoint screenPoint) {
     switch (TrackRenameListPopup(windowHandle, screenPoint, false)) {

@@ -50,6 +50,12 @@ public:
     clThread reader;
     bool inTick = false;
     bool filling = false;
+    // Rows come into the list in pieces, a screenful at once and the rest
+    // tick by tick, so that a long batch opens at once. What the user does
+    // to all rows meanwhile holds for the rows still to come.
+    int32_t listImage = -1;
+    bool laterChecked = true;
+    clString laterSuffix;
     int32_t* result;
     clWindowHandle summary = nullptr;
     clWindowHandle hint = nullptr;
@@ -72,6 +78,10 @@ public:
     void ShowSummary();
     // One tick of the timer: rows completed as far as the sources are read.
     void CompleteRows();
+    // Adds rows up to `upTo` (at most the number of sources).
+    void InsertRows(int32_t upTo);
+    // Whether the source of a row not yet in the list is to be converted.
+    bool LaterRowChecked(int32_t row) const;
     void CommitRows();
     bool AllRowsComplete() const;
     void CheckAll(bool checked);
