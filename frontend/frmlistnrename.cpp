@@ -15,6 +15,7 @@
 #include "plugins/codechandler.h"
 #include "plugins/decodercache.h"
 #include "toolkit/application.h"
+#include "toolkit/canvas.h"
 #include "toolkit/controls.h"
 #include "toolkit/views.h"
 
@@ -46,11 +47,12 @@ clString FileTypeName(const clString& path) {
     static clString cachedName;
     clString extension = GetExtension(path);
     if (!cachedExtension.IsEmpty() && cachedExtension.EqualsNoCase(extension)) return cachedName;
-    clString name;
-    if (extension.Length() > 1) {
+    // The desktop's name for the type, else the extension's own.
+    clString name = extension.Length() > 1 ? FileTypeDescription(extension) : clString();
+    if (name.IsEmpty() && extension.Length() > 1) {
         name = extension.Mid(2, extension.Length()).Lower();
         name.Append(u" File");
-    } else {
+    } else if (name.IsEmpty()) {
         name = u"File";
     }
     cachedExtension = extension;

@@ -106,8 +106,9 @@ private:
     void End(int32_t code);
 };
 
-// The file-type name of a path's extension: "flac File", or "File" for an
-// extension of nothing but a dot.
+// The file-type name of a path's extension: the desktop's ("FLAC audio"),
+// else the extension's own ("xyz File"), or "File" for an extension of
+// nothing but a dot.
 clString FileTypeName(const clString& path);
 // Column 4's text: the size in KB, rounded up from a hundredth above a
 // whole KB ("0 KB" for 1 byte, "1 KB" for 1024, "2 KB" for 1035).

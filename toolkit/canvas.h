@@ -58,5 +58,8 @@ QV_TOOLKIT_API uint32_t ImagePixel(clImageHandle image, int32_t x, int32_t y);
 // the toolkit runs; the caller owns it.
 QV_TOOLKIT_API clImageHandle FileTypeIcon(const clString& extension, int32_t size);
 QV_TOOLKIT_API clImageHandle FolderIcon(const clString& path, int32_t size);
+// The desktop's name for files with this extension ("FLAC audio", "Wave
+// Sound"); empty when it knows none.
+QV_TOOLKIT_API clString FileTypeDescription(const clString& extension);
 // Writes the image as PNG; false when it can't.
 QV_TOOLKIT_API bool SaveImagePng(clImageHandle image, const clString& path);

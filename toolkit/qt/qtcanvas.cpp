@@ -141,6 +141,13 @@ clImageHandle FileTypeIcon(const clString& extension, int32_t size) {
     return FromIcon(icon, size);
 }
 
+clString FileTypeDescription(const clString& extension) {
+    QMimeType type = QMimeDatabase().mimeTypeForFile(QStringLiteral("file") + ToQString(extension),
+                                                     QMimeDatabase::MatchExtension);
+    if (!type.isValid() || type.isDefault()) return clString();
+    return FromQString(type.comment());
+}
+
 clImageHandle FolderIcon(const clString&, int32_t size) {
     QIcon icon = QIcon::fromTheme(QStringLiteral("folder"));
     if (icon.isNull()) icon = QApplication::style()->standardIcon(QStyle::SP_DirIcon);

@@ -190,6 +190,16 @@ clImageHandle FileTypeIcon(const clString& extension, int32_t size) {
     return FromShell(name.c_str(), FILE_ATTRIBUTE_NORMAL, size);
 }
 
+clString FileTypeDescription(const clString& extension) {
+    std::wstring name = L"C:\\file" + std::wstring(reinterpret_cast<const wchar_t*>(extension.text));
+    SHFILEINFOW info{};
+    if (SHGetFileInfoW(name.c_str(), FILE_ATTRIBUTE_NORMAL, &info, sizeof info, SHGFI_TYPENAME | SHGFI_USEFILEATTRIBUTES) ==
+        0) {
+        return clString();
+    }
+    return clString(reinterpret_cast<const char16_t*>(info.szTypeName));
+}
+
 clImageHandle FolderIcon(const clString& path, int32_t size) {
     return FromShell(reinterpret_cast<const wchar_t*>(path.text), 0, size);
 }
