@@ -66,8 +66,17 @@ bool SecureFolder(const std::string& folder) {
 
 const std::string& RuntimeFolder() {
     static const std::string folder = [] {
-        const char* runtime = std::getenv("XDG_RUNTIME_DIR");
         std::string path;
+        // Processes on a settings store of their own (QUILLOTONE_CONFIG_DIR)
+        // meet only each other: a test's windows and programs never take
+        // another's hand-over or events.
+        const char* store = std::getenv("QUILLOTONE_CONFIG_DIR");
+        if (store != nullptr && store[0] == '/') {
+            ::mkdir(store, 0700);
+            path = std::string(store) + "/run";
+            if (SecureFolder(path)) return path;
+        }
+        const char* runtime = std::getenv("XDG_RUNTIME_DIR");
         if (runtime != nullptr && runtime[0] == '/') {
             path = std::string(runtime) + "/quillotone";
             if (SecureFolder(path)) return path;

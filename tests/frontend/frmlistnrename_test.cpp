@@ -84,7 +84,7 @@ TEST_F(ListRenameTest, RowsNamedByTagsWaitForTheirTagsAndThenFillFromTheTop) {
     EXPECT_FALSE(form.list.GetItemText(0, 0).IsEmpty());
     clString under = FriendlyFolderName(dir.File(u"out"), false);
     EXPECT_EQ(form.list.GetItemText(2, 0).Find(under), 1) << form.list.GetItemText(2, 0).ToUtf8();
-    EXPECT_EQ(Text(form.list.GetItemText(0, 2)), u"wav File");
+    EXPECT_EQ(Text(form.list.GetItemText(0, 2)), Text(FileTypeName(u"x.wav")));
     EXPECT_EQ(Text(form.list.GetItemText(0, 3)), u"0:02");
     clString size = form.list.GetItemText(0, 4);
     EXPECT_EQ(size.Find(u" KB"), size.Length() - 2) << size.ToUtf8();

@@ -28,7 +28,8 @@ with wave.open(sys.argv[1], "wb") as w:
     w.setnchannels(1); w.setsampwidth(2); w.setframerate(44100)
     w.writeframes(b"".join(struct.pack("<h", int(8000 * math.sin(i / 20))) for i in range(44100)))
 PY
-"$prefix/bin/qvt" plugins | grep -q "^  Wave" || { echo "the installed plug-ins aren't found"; exit 1; }
+plugins=$("$prefix/bin/qvt" plugins)
+grep -q "^  Wave" <<<"$plugins" || { echo "the installed plug-ins aren't found"; exit 1; }
 "$prefix/bin/qvt" convert --to Wave --options '-bits="24"' --folder "$work/out" "$work/tone.wav" >/dev/null 2>&1 || true
 [ -s "$work/out/tone.wav" ] || { echo "the installed qvt converted nothing"; exit 1; }
 echo "installed and converted"

@@ -26,10 +26,7 @@ protected:
         DeleteSettingValue(u"qvtAllowProfiles", kSettingsRoot);
         DeleteSettingValue(u"HiddenEncoders", kSettingsRoot);
     }
-    ~EncoderEntriesTest() override {
-        DeleteFileEx(JoinPath(GetProgramFolder(), clString(kSmartInstallFile)));
-        DeleteSettingKeyTree(kSettingsRoot, kEntriesKeyName);
-    }
+    ~EncoderEntriesTest() override { DeleteSettingKeyTree(kSettingsRoot, kEntriesKeyName); }
     static std::vector<std::u16string> Texts(const clEncoderRows& rows) {
         std::vector<std::u16string> texts;
         for (int64_t i = 0; i < rows.Count(); ++i) texts.push_back(U(rows[i].text));
@@ -46,7 +43,7 @@ protected:
 // No FLAC among the test encoders and nothing chosen: row 0, and the
 // choice becomes its text. One line only, ahead of the first bracketed
 // name below row 0.
-TEST_F(EncoderEntriesTest, RowsAreTheEncodersWithOneLineAheadOfTheFirstPseudoEncoder) {
+TEST_F(EncoderEntriesTest, RowsAreEncodersThenFetchableOnesThenCommandsAndProfiles) {
     clEncoderRows rows;
     clString selected;
     EXPECT_EQ(BuildEncoderRows(rows, selected), 0);
@@ -63,20 +60,19 @@ TEST_F(EncoderEntriesTest, RowsAreTheEncodersWithOneLineAheadOfTheFirstPseudoEnc
     EXPECT_EQ(BuildEncoderRows(rows, selected), 0) << "a hidden choice falls back to row 0";
     EXPECT_EQ(U(selected), u"[Multi encoder]");
     DeleteSettingValue(u"HiddenEncoders", kSettingsRoot);
-}
 
-// Fetchable encoders follow in grey unless the list has them (ignoring
-// case); then the
-// profile commands when allowed, then the stored profiles, which are
-// listed whether allowed or not, and whose encoder may be hidden.
-TEST_F(EncoderEntriesTest, FetchableEncodersCommandsAndProfilesFollowTheInstalledOnes) {
+    // Fetchable encoders follow in grey unless the list has them (ignoring
+    // case); then the profile commands when allowed, then the stored
+    // profiles, which are listed whether allowed or not, and whose encoder
+    // may be hidden. One test with the rows above: the list of fetchable
+    // encoders is a file of the program folder, which tests running at
+    // once would share.
     WriteBytes(JoinPath(GetProgramFolder(), clString(kSmartInstallFile)),
                ".xyz\r\nNew Codec\r\nhttps://example.org/new\n.zz\nQVTEST_encoder\nhttps://example.org/zeta\r"
                ".ro\r\nA read only one\r\nhttps://example.org/ro\r\n");
     StoreProfile(u"Small \"Zeta\"");
     SetSettingText(clString(u"zeta"), u"HiddenEncoders");
-    clEncoderRows rows;
-    clString selected(u"Small \"Zeta\"");
+    selected = u"Small \"Zeta\"";
     int64_t chosen = BuildEncoderRows(rows, selected);
     std::vector<std::u16string> texts = Texts(rows);
     ASSERT_EQ(texts.size(), 6u);
@@ -99,6 +95,7 @@ TEST_F(EncoderEntriesTest, FetchableEncodersCommandsAndProfilesFollowTheInstalle
     EXPECT_EQ(rows[6].kind, kEntryDeleteProfile);
     EXPECT_EQ(chosen, 7);
     DeleteSettingValue(u"HiddenEncoders", kSettingsRoot);
+    DeleteFileEx(JoinPath(GetProgramFolder(), clString(kSmartInstallFile)));
 }
 
 TEST_F(EncoderEntriesTest, ProfilesAreNamedByLabelAndEncoderAndTakenIgnoringCase) {
