@@ -98,6 +98,7 @@ intptr_t frmErrorsInfo::OnCreate() {
 
     for (int32_t kind = 0; kind < 3; ++kind) images[kind] = DrawIcon(kind, U(16));
     TreeSetImages(tree.controlHandle, images, 3, U(16));
+    tabs.SetImages(images, 3, U(16));
     if (hasErrors) tabs.AddPage(u"Errors", kImageError, nullptr);
     if (hasInfos) tabs.AddPage(u"Information", kImageInfo, nullptr);
     WindowShow(tabs.tabs, showTabs);

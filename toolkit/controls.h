@@ -81,6 +81,9 @@ QV_TOOLKIT_API clImageHandle WindowGrab(clWindowHandle window);
 // Sets the window's title strip and taskbar icon.
 QV_TOOLKIT_API void WindowSetIcon(clWindowHandle window, clImageHandle icon);
 
+// The picture of a tab, `size` pixels square, ahead of its title.
+QV_TOOLKIT_API void TabsSetItemImage(clWindowHandle tabs, int32_t index, clImageHandle image, int32_t size);
+
 // Check boxes.
 QV_TOOLKIT_API void CheckBoxSet(clWindowHandle box, bool checked);
 QV_TOOLKIT_API bool CheckBoxIsChecked(clWindowHandle box);

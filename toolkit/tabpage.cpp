@@ -12,9 +12,16 @@ bool XTabPage::Create(clWindowHandle parent, uint32_t id, const clRect& rect) {
     return tabs != nullptr;
 }
 
-int32_t XTabPage::AddPage(const clString& title, int32_t /*imageIndex*/, XWindow* page) {
+void XTabPage::SetImages(const clImageHandle* pictures, int32_t count, int32_t size) {
+    images = pictures;
+    imageCount = count;
+    imageSize = size;
+}
+
+int32_t XTabPage::AddPage(const clString& title, int32_t imageIndex, XWindow* page) {
     if (tabs == nullptr) return -1;
     int32_t index = ComboAddItem(tabs, title);
+    if (imageIndex >= 0 && imageIndex < imageCount) TabsSetItemImage(tabs, index, images[imageIndex], imageSize);
     pageWindows.Add(page != nullptr ? page->windowHandle : nullptr);
     pageObjects.Add(page);
     if (index == 0) ComboSetSelection(tabs, 0);

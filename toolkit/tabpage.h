@@ -7,6 +7,7 @@
 
 #include "foundation/clstring.h"
 #include "foundation/pointerarray.h"
+#include "toolkit/canvas.h"
 #include "toolkit/messages.h"
 #include "toolkit/toolkitapi.h"
 
@@ -17,6 +18,9 @@ public:
     clWindowHandle tabs = nullptr;
     clPointerArray pageWindows;  // the page's handle, by tab index
     clPointerArray pageObjects;  // the page's XWindow, by tab index; not owned
+    const clImageHandle* images = nullptr;  // the pictures AddPage's index picks from; not owned
+    int32_t imageCount = 0;
+    int32_t imageSize = 16;
 
     XTabPage() = default;
     ~XTabPage();
@@ -24,6 +28,8 @@ public:
     XTabPage& operator=(const XTabPage&) = delete;
 
     bool Create(clWindowHandle parent, uint32_t id, const clRect& rect);
+    // The pictures for the tabs, kept by the caller for the tabs' life.
+    void SetImages(const clImageHandle* pictures, int32_t count, int32_t size);
     // A tab for a page made by the caller (a child of the same parent);
     // image index -1 for none. Answers the tab's index.
     int32_t AddPage(const clString& title, int32_t imageIndex, XWindow* page);

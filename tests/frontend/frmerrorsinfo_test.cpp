@@ -85,6 +85,21 @@ TEST(ErrorsInfoWindow, TitleTabsAndButtonFollowWhichLogsHaveEntries) {
                reinterpret_cast<intptr_t>(both.tabs.tabs));
     EXPECT_EQ(Text(WindowGetText(both.copyButton)), u"Copy Info to Clipboard");
     EXPECT_EQ(TreeItemImage(TreeFirstChild(both.tree.controlHandle, clTreeItem{})), kImageInfo);
+    // Each tab shows its kind's picture: the error's red and the blue of
+    // information somewhere along the tab row.
+    bool red = false, blue = false;
+    clImageHandle grab = WindowGrab(both.tabs.tabs);
+    ASSERT_NE(grab, nullptr);
+    clSize size = ImageSize(grab);
+    for (int32_t y = 0; y < size.height && y < 30; ++y) {
+        for (int32_t x = 0; x < size.width; ++x) {
+            uint32_t pixel = ImagePixel(grab, x, y);
+            red = red || NearColor(pixel, clRgb(0xD0, 0x30, 0x30), 40);
+            blue = blue || NearColor(pixel, clRgb(0x30, 0x70, 0xD0), 40);
+        }
+    }
+    DestroyImage(grab);
+    EXPECT_TRUE(red && blue) << "tab pictures";
     SaveGrabIfFailed(both.windowHandle);
     frmErrorsInfo nothing(&none, &none, true);
     EXPECT_FALSE(nothing.Open(nullptr)) << "no window for empty logs";

@@ -6,6 +6,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QCursor>
+#include <QIcon>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPixmap>
@@ -428,6 +429,15 @@ int32_t ComboAddItem(clWindowHandle combo, const clString& text) {
     }
     if (QTabBar* tabs = TabBarOf(widget)) return tabs->addTab(ToQString(text));
     return -1;
+}
+
+void TabsSetItemImage(clWindowHandle tabs, int32_t index, clImageHandle image, int32_t size) {
+    QTabBar* bar = TabBarOf(WidgetOf(tabs));
+    clQtImage* picture = QtImageOf(image);
+    if (bar == nullptr || picture == nullptr) return;
+    bar->setIconSize(QSize(size, size));
+    bar->setTabIcon(index, QIcon(QPixmap::fromImage(
+                               picture->image.scaled(size, size, Qt::KeepAspectRatio, Qt::SmoothTransformation))));
 }
 
 void CheckBoxSet(clWindowHandle box, bool checked) {

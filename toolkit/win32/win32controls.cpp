@@ -336,6 +336,29 @@ int32_t ComboAddItem(clWindowHandle combo, const clString& text) {
     return static_cast<int32_t>(SendMessageW(handle, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(Wide(text))));
 }
 
+void TabsSetItemImage(clWindowHandle tabs, int32_t index, clImageHandle image, int32_t size) {
+    HWND handle = HwndOf(tabs);
+    if (image == nullptr) return;
+    // One image list per tab row, grown a picture at a time; it goes with
+    // the window.
+    auto list = reinterpret_cast<HIMAGELIST>(SendMessageW(handle, TCM_GETIMAGELIST, 0, 0));
+    if (list == nullptr) {
+        list = ImageList_Create(size, size, ILC_COLOR32, 4, 4);
+        SendMessageW(handle, TCM_SETIMAGELIST, 0, reinterpret_cast<LPARAM>(list));
+    }
+    clImageHandle scaled = CreateImage(size, size);
+    if (clCanvas* canvas = CanvasOnImage(scaled)) {
+        canvas->Image(image, clRect{0, 0, size, size});
+        delete canvas;
+    }
+    int picture = ImageList_Add(list, WinImageOf(scaled)->bitmap, nullptr);
+    DestroyImage(scaled);
+    TCITEMW item{};
+    item.mask = TCIF_IMAGE;
+    item.iImage = picture;
+    SendMessageW(handle, TCM_SETITEMW, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&item));
+}
+
 void CheckBoxSet(clWindowHandle box, bool checked) {
     SendMessageW(HwndOf(box), BM_SETCHECK, checked ? BST_CHECKED : BST_UNCHECKED, 0);
 }
