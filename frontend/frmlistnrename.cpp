@@ -32,6 +32,8 @@ constexpr uint32_t kTickBudgetMs = 100;
 // Rows put in the list when it opens, and in each piece after.
 constexpr int32_t kFirstRows = 100;
 constexpr int32_t kRowsPerInsert = 50;
+// The most of the target's folder name the summary line shows.
+constexpr int32_t kPlaceShown = 40;
 
 uint32_t LevelOf(const clSourceFile& source) {
     return std::atomic_ref<uint32_t>(const_cast<uint32_t&>(source.level)).load();
@@ -237,7 +239,16 @@ void frmListNRename::FillRows() {
             freeSpaceText = u"\t\tFree Space: ";
             freeSpaceText.Append(FormatSize(static_cast<int64_t>(bytes), false));
             freeSpaceText.Append(u" on ");
-            freeSpaceText.Append(FriendlyFolderName(place, false));
+            // A deep folder would push the line past the window: its middle
+            // gives way, the start and the folder's own name stay.
+            clString where = FriendlyFolderName(place, false);
+            if (where.Length() > kPlaceShown) {
+                clString shortened = where.Mid(1, kPlaceShown / 2 - 1);
+                shortened.Append(u"\u2026");
+                shortened.Append(where.Right(kPlaceShown - kPlaceShown / 2));
+                where = shortened;
+            }
+            freeSpaceText.Append(where);
         }
     }
     InsertRows(kFirstRows);
