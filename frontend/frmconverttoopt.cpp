@@ -252,6 +252,14 @@ void frmConvertToOpt::ShowEncoderPage(bool first) {
             ParseOptionSpec(clString(query.text1), settingsPage.fields);
             settingsPage.Show(windowHandle, U(kPageLeft), U(kPageTop), U(kWidth - 2 * kMargin), options);
         }
+        // The tab order runs through the page right after the file count.
+        clWindowHandle previous = fileButton;
+        if (page != nullptr) WindowPlaceAfter(static_cast<clWindowHandle>(page), previous);
+        for (int64_t i = 0; i < settingsPage.controls.count; ++i) {
+            auto control = static_cast<clWindowHandle>(settingsPage.controls[i]);
+            WindowPlaceAfter(control, previous);
+            previous = control;
+        }
         currentEntry = text;
     }
     OnEntryChanged(first);

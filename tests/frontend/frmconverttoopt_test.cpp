@@ -90,7 +90,15 @@ TEST_F(OptionsTest, AFirstStartShowsFlacOrTheFirstRowBesideTheSources) {
     EXPECT_EQ(form.cmbOutToFolder.fixedRows, kOutputCommands);
     EXPECT_EQ(U(form.cmbOutToFolder.ItemText(kOutputSourceFolders)), u"Existing Source Folder(s)");
     EXPECT_EQ(U(form.cmbEncoders.ItemText(0)), u"[Multi Encoder]") << "the multi encoder heads the real encoders";
+    EXPECT_EQ(U(WindowGetText(form.windowHandle)), u"Quillotone Track Converter");
     SaveGrabIfFailed(form.windowHandle);
+    // A distributor's first line of OEM.txt (UTF-16) follows the name.
+    clString oem = JoinPath(GetProgramFolder(), clString(u"OEM.txt"));
+    WriteBytes(oem, "\xFF\xFE" + Utf16Le(u"Acme Edition\r\nsecond line\r\n"));
+    frmConvertToOpt branded(input);
+    ASSERT_TRUE(branded.Open(nullptr));
+    DeleteFileEx(oem);
+    EXPECT_EQ(U(WindowGetText(branded.windowHandle)), u"Quillotone Track Converter: Acme Edition");
 }
 
 // What the window leaves in the store: the page's option string, the
@@ -153,6 +161,12 @@ TEST_F(OptionsTest, APageRestoresItsStringAndIsRebuiltOnlyForAnotherEntry) {
     ChooseEncoder(form, u"Wave");
     bits = form.settingsPage.ControlOf(u"bits");
     EXPECT_EQ(U(ComboItemText(bits, ComboGetSelection(bits))), u"32-bit float");
+    // The tab order runs from the file count into the page.
+    WindowBringToFront(form.windowHandle);
+    Pump();
+    WindowSetFocus(form.fileButton);
+    WindowFocusNext(form.fileButton);
+    EXPECT_EQ(WindowWithFocus(), bits);
     // "X" leaves without saving.
     ComboSetSelection(bits, 1);
     form.OnCommand(kIdCloseCorner, form.closeCorner, kBnClicked);

@@ -309,6 +309,12 @@ void WindowUpdate(clWindowHandle window) {
     widget->repaint();
 }
 
+void WindowPlaceAfter(clWindowHandle window, clWindowHandle previous) {
+    QWidget* widget = WidgetOf(window);
+    QWidget* before = WidgetOf(previous);
+    if (widget != nullptr && before != nullptr) QWidget::setTabOrder(before, widget);
+}
+
 void WindowFocusNext(clWindowHandle window) {
     QWidget* widget = WidgetOf(window);
     if (widget == nullptr) return;

@@ -178,6 +178,11 @@ void WindowBringToTop(clWindowHandle window) {
 
 void WindowSetFocus(clWindowHandle window) { SetFocus(HwndOf(window)); }
 
+void WindowPlaceAfter(clWindowHandle window, clWindowHandle previous) {
+    // The tab order of child windows is their z-order.
+    SetWindowPos(HwndOf(window), HwndOf(previous), 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+}
+
 void WindowFocusNext(clWindowHandle window) {
     HWND handle = HwndOf(window);
     HWND next = GetNextDlgTabItem(GetAncestor(handle, GA_ROOT), handle, FALSE);
