@@ -60,6 +60,8 @@ QV_TOOLKIT_API void WindowSetFocus(clWindowHandle window);
 QV_TOOLKIT_API void WindowBringToTop(clWindowHandle window);
 // Moves a control in the tab order to just after `previous`.
 QV_TOOLKIT_API void WindowPlaceAfter(clWindowHandle window, clWindowHandle previous);
+// The control after this one in the tab order, or null.
+QV_TOOLKIT_API clWindowHandle WindowNextInTabOrder(clWindowHandle window);
 // Gives the focus to the control after this one in the tab order.
 QV_TOOLKIT_API void WindowFocusNext(clWindowHandle window);
 // The window under a screen point (the deepest child), or null.

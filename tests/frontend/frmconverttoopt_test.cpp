@@ -162,11 +162,7 @@ TEST_F(OptionsTest, APageRestoresItsStringAndIsRebuiltOnlyForAnotherEntry) {
     bits = form.settingsPage.ControlOf(u"bits");
     EXPECT_EQ(U(ComboItemText(bits, ComboGetSelection(bits))), u"32-bit float");
     // The tab order runs from the file count into the page.
-    WindowBringToFront(form.windowHandle);
-    Pump();
-    WindowSetFocus(form.fileButton);
-    WindowFocusNext(form.fileButton);
-    EXPECT_EQ(WindowWithFocus(), bits);
+    EXPECT_EQ(WindowNextInTabOrder(form.fileButton), bits);
     // "X" leaves without saving.
     ComboSetSelection(bits, 1);
     form.OnCommand(kIdCloseCorner, form.closeCorner, kBnClicked);

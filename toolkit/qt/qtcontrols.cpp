@@ -315,17 +315,21 @@ void WindowPlaceAfter(clWindowHandle window, clWindowHandle previous) {
     if (widget != nullptr && before != nullptr) QWidget::setTabOrder(before, widget);
 }
 
-void WindowFocusNext(clWindowHandle window) {
+clWindowHandle WindowNextInTabOrder(clWindowHandle window) {
     QWidget* widget = WidgetOf(window);
-    if (widget == nullptr) return;
+    if (widget == nullptr) return nullptr;
     for (QWidget* next = widget->nextInFocusChain(); next != nullptr && next != widget;
          next = next->nextInFocusChain()) {
         if ((next->focusPolicy() & Qt::TabFocus) != 0 && next->isEnabled() && next->isVisibleTo(widget->window()) &&
             !widget->isAncestorOf(next)) {
-            next->setFocus(Qt::TabFocusReason);
-            return;
+            return HandleOf(next);
         }
     }
+    return nullptr;
+}
+
+void WindowFocusNext(clWindowHandle window) {
+    if (QWidget* next = WidgetOf(WindowNextInTabOrder(window))) next->setFocus(Qt::TabFocusReason);
 }
 
 clWindowHandle WindowAtPoint(clPoint point) { return HandleOf(QApplication::widgetAt(QPoint(point.x, point.y))); }

@@ -183,9 +183,13 @@ void WindowPlaceAfter(clWindowHandle window, clWindowHandle previous) {
     SetWindowPos(HwndOf(window), HwndOf(previous), 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
 }
 
-void WindowFocusNext(clWindowHandle window) {
+clWindowHandle WindowNextInTabOrder(clWindowHandle window) {
     HWND handle = HwndOf(window);
-    HWND next = GetNextDlgTabItem(GetAncestor(handle, GA_ROOT), handle, FALSE);
+    return HandleOf(GetNextDlgTabItem(GetAncestor(handle, GA_ROOT), handle, FALSE));
+}
+
+void WindowFocusNext(clWindowHandle window) {
+    HWND next = HwndOf(WindowNextInTabOrder(window));
     if (next != nullptr) SetFocus(next);
 }
 
