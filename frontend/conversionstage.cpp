@@ -95,7 +95,8 @@ void RunConversionStage(clConversionInput& input) {
 }
 
 bool RunOptionsStage(clConversionInput& input) {
-    if (!ConversionHasWindow()) {
+    // Told to ask nobody, a window that waits for a choice would wait for ever.
+    if (!ConversionHasWindow() || !QuestionsAllowed()) {
         clMessageBox(u"Choosing how to convert needs the options window, and so a display. Without one, name the "
                      u"encoder with -select_profile= and add -skip_ready_to_conv, or convert with qvt.",
                      clString(clProgramCaption), 0x30);
@@ -120,7 +121,7 @@ clFileChooser fileChooser = ChooseWithDialog;
 void SetFileChooser(clFileChooser chooser) { fileChooser = chooser != nullptr ? chooser : ChooseWithDialog; }
 
 void RunOpenFileStage(clConversionInput& input) {
-    if (!ConversionHasWindow()) return;
+    if (!ConversionHasWindow() || !QuestionsAllowed()) return;
     clStringList filters;
     ScanDecoders(true, nullptr, &filters);
     clStringList chosen;

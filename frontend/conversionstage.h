@@ -10,12 +10,13 @@ class clStringList;
 class clConversionInput;
 
 void RunConversionStage(clConversionInput& input);
-// The options window when there is a display; without one, a message
-// that says how to convert without it. True when the user chose to
-// convert.
+// The options window when there is a display and questions may be asked
+// (QUILLOTONE_NONINTERACTIVE isn't 1); otherwise a message that says how
+// to convert without it. True when the user chose to convert.
 bool RunOptionsStage(clConversionInput& input);
-// The open-file dialog, when no files came on the command line: the files
-// chosen become sources as they are, and their folder is remembered.
+// The open-file dialog, when no files came on the command line and
+// questions may be asked: the files chosen become sources as they are,
+// and their folder is remembered.
 void RunOpenFileStage(clConversionInput& input);
 // What asks the user for files: the toolkit's open dialog, unless scripted
 // answers stand in for it (scriptedanswers.h).

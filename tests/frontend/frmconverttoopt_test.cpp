@@ -36,12 +36,20 @@ protected:
 
     OptionsTest() {
         SetSettingsRoot(kSettingsHive, kSettingsRoot);
-        DeleteSettingKeyTree(kSettingsRoot, kEntriesKeyName);
-        for (int n = 0; n < 12; ++n) DeleteSettingValue(clString::Formatted(u"qvtLastFolder-%d", n).text, kSettingsRoot);
-        DeleteSettingValue(u"qvtAllowProfiles", kSettingsRoot);
+        ForgetChoices();
         globalEncoder.Clear();
         globalProfile.Clear();
         ScanDecoderExtensions();
+    }
+    // What the window remembers. On Windows the store is the registry the
+    // other test programs share, so it goes again at the end.
+    ~OptionsTest() override { ForgetChoices(); }
+    static void ForgetChoices() {
+        DeleteSettingKeyTree(kSettingsRoot, kEntriesKeyName);
+        for (int n = 0; n < 12; ++n) DeleteSettingValue(clString::Formatted(u"qvtLastFolder-%d", n).text, kSettingsRoot);
+        for (const char16_t* name : {u"qvtAllowProfiles", kLastEntryPrefix, u"LastAccessedFolder"}) {
+            DeleteSettingValue(name, kSettingsRoot);
+        }
     }
     void ScanDecoderExtensions() {
         input.extensions.Clear();

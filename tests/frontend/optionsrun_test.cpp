@@ -46,6 +46,11 @@ protected:
     ~WindowRunTest() override {
         PlatformSetEnvironment(u"QUILLOTONE_TEST_SCRIPT", u"");
         PlatformSetEnvironment(u"QUILLOTONE_NONINTERACTIVE", u"1");
+        // On Windows the store is the registry the other test programs
+        // share: what the windows remembered goes.
+        DeleteSettingKeyTree(kSettingsRoot, kEntriesKeyName);
+        for (int n = 0; n < 12; ++n) DeleteSettingValue(clString::Formatted(u"qvtLastFolder-%d", n).text, kSettingsRoot);
+        for (const char16_t* name : {kLastEntryPrefix, u"LastAccessedFolder"}) DeleteSettingValue(name, kSettingsRoot);
     }
     clString Source(const char16_t* name, int tone) {
         clString path = dir.File(name);
