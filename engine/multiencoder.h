@@ -29,6 +29,16 @@ bool IsMultiEncoder(const clString& encoderName);
 // encoder.
 int32_t CountMultiItems(const clString& encoderName, const clString& encoderOptions);
 
-// The items of a multi-encoder option string. An empty folder becomes the
-// user's music folder, an empty rule "[origpath]\[origfilename]".
+// The items of a multi-encoder option string, as they are written: an
+// empty folder or rule stays empty. An entry without "=" is passed over.
+void ReadMultiItems(const clString& encoderOptions, clMultiEncoderItems& items);
+
+// As ReadMultiItems, for a run: an empty folder becomes the user's music
+// folder, an empty rule "[origpath]\[origfilename]".
 void ParseMultiItems(const clString& encoderOptions, clMultiEncoderItems& items);
+
+// The option string of the items, numbered from 1 in their order. A folder
+// or a rule can't hold a double quote: the option parser has no escape
+// for one inside two levels of quotes (MultiItemTextFits tells).
+clString BuildMultiItems(const clMultiEncoderItems& items);
+bool MultiItemTextFits(const clString& text);

@@ -269,6 +269,13 @@ void clString::TrimLeft() {
     if (n > 0) Delete(1, n);
 }
 
+void clString::Trim() {
+    TrimLeft();
+    int32_t length = size - 1;
+    while (length > 0 && text[length - 1] == u' ') --length;
+    if (length < size - 1) SetLength(length);
+}
+
 clString clString::Upper() const {
     clString result(text);
     for (int32_t i = 0; i < result.size - 1; ++i) result.text[i] = clAsciiUpper(result.text[i]);

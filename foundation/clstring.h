@@ -81,6 +81,8 @@ public:
     clString Right(int32_t count) const;
     void Delete(int32_t from, int32_t to);
     void TrimLeft();
+    // Blanks off both ends.
+    void Trim();
     clString Upper() const;
     clString Lower() const;
 

@@ -4,6 +4,7 @@
 #include "engine/globals.h"
 #include "engine/handover.h"
 #include "engine/mainflow.h"
+#include "engine/multiencoder.h"
 #include "foundation/commandoptions.h"
 #include "foundation/file.h"
 #include "foundation/findfiles.h"
@@ -15,6 +16,7 @@
 #include "foundation/settingnames.h"
 #include "foundation/settings.h"
 #include "foundation/specialfolder.h"
+#include "frontend/effectrows.h"
 #include "frontend/frmlistnrename.h"
 #include "frontend/frmnewprofile.h"
 #include "naming/highlight.h"
@@ -39,6 +41,7 @@ constexpr int32_t kPageTop = 62;
 constexpr int32_t kOutputTop = 226;
 constexpr int32_t kEffectsTop = 282;
 constexpr uint32_t kGreyText = 0xC0C0C0;
+constexpr uint32_t kDisabledFill = 0xF4F4F4;
 constexpr uint32_t kHeadingColor = 0x804000;
 constexpr uint32_t kTimerId = 1;
 constexpr int32_t kRememberedFolders = 10;
@@ -187,6 +190,8 @@ intptr_t frmConvertToOpt::OnPaint(clCanvas* canvas) {
     canvas->Text(U(kMargin), U(kOutputTop - 20), clString(u"Output To"), kHeadingColor, clNoColor);
     canvas->Text(U(kMargin), U(kEffectsTop - 20), clString(u"DSP Effects"), kHeadingColor, clNoColor);
     if (!WindowIsEnabled(cmbOutToFolder.control)) {
+        canvas->FramedRect(clRect::Sized(U(kMargin), U(kOutputTop), U(kWidth - 2 * kMargin), U(24)),
+                           kDisabledFill, kGreyText, 0, 1);
         clFontSpec small;
         small.height = 13;
         canvas->SetFont(small);
@@ -246,17 +251,25 @@ void frmConvertToOpt::ShowEncoderPage(bool first) {
         page = encoder.ShowConfigBit != nullptr
                    ? encoder.ShowConfigBit(encoder.instance, windowHandle, kPageLeft, kPageTop, options.text)
                    : nullptr;
-        // A library that describes its options gets its page built here.
+        // The items of the multi encoder, and a library that describes its
+        // options, get their page built here.
         qv_query_record query{};
-        if (page == nullptr && encoder.Get(encoder.instance, u"OptionSpec", &query) != 0 && query.text1 != nullptr) {
+        if (page == nullptr && IsMultiEncoder(EncoderOfProfile(text))) {
+            multiPage.Show(windowHandle, U(kPageLeft), U(kPageTop), U(kWidth - 2 * kMargin),
+                           U(kOutputTop - 28 - kPageTop), options);
+        } else if (page == nullptr && encoder.Get(encoder.instance, u"OptionSpec", &query) != 0 &&
+                   query.text1 != nullptr) {
             ParseOptionSpec(clString(query.text1), settingsPage.fields);
             settingsPage.Show(windowHandle, U(kPageLeft), U(kPageTop), U(kWidth - 2 * kMargin), options);
         }
         // The tab order runs through the page right after the file count.
         clWindowHandle previous = fileButton;
         if (page != nullptr) WindowPlaceAfter(static_cast<clWindowHandle>(page), previous);
-        for (int64_t i = 0; i < settingsPage.controls.count; ++i) {
-            auto control = static_cast<clWindowHandle>(settingsPage.controls[i]);
+        clPointerArray pageControls;
+        for (int64_t i = 0; i < settingsPage.controls.count; ++i) pageControls.Add(settingsPage.controls[i]);
+        for (int32_t i = 0; multiPage.IsShown() && i < multiPage.ControlCount(); ++i) pageControls.Add(multiPage.Control(i));
+        for (int64_t i = 0; i < pageControls.count; ++i) {
+            auto control = static_cast<clWindowHandle>(pageControls[i]);
             WindowPlaceAfter(control, previous);
             previous = control;
         }
@@ -273,7 +286,9 @@ clString frmConvertToOpt::RemoveEncoderPage(bool save) {
         if (text != nullptr) options = text;
     }
     if (settingsPage.IsShown()) options = settingsPage.Options();
+    if (multiPage.IsShown()) options = multiPage.Options();
     settingsPage.Remove();
+    multiPage.Remove();
     page = nullptr;
     if (save) {
         SetSettingText(options, kEntryOptionsSetting.name, settingsRootHive,
@@ -287,6 +302,7 @@ clString frmConvertToOpt::RemoveEncoderPage(bool save) {
 
 clString frmConvertToOpt::PageOptions() {
     if (settingsPage.IsShown()) return settingsPage.Options();
+    if (multiPage.IsShown()) return multiPage.Options();
     if (currentEntry.IsEmpty() || encoder.instance == 0 || encoder.RemoveConfigBit == nullptr) return clString();
     // The sentinel in place of the parent: report, and leave the page.
     const qv_char* text = encoder.RemoveConfigBit(encoder.instance, reinterpret_cast<void*>(static_cast<intptr_t>(-123)));
@@ -328,7 +344,10 @@ void frmConvertToOpt::OnEntryChanged(bool first) {
         query = qv_query_record{};
         disableConvertToFolder = encoder.Get(encoder.instance, u"DisableConvertToFolder", &query) != 0;
     }
-    if (disableConvertToFolder) WindowEnable(cmbOutToFolder.control, false);
+    // A disabled edit box would still show the last location, as if it
+    // applied; in its place the window paints the note (OnPaint).
+    WindowEnable(cmbOutToFolder.control, !disableConvertToFolder);
+    WindowShow(cmbOutToFolder.control, !disableConvertToFolder);
     WindowEnable(addButton, !TakesNoEffects(entry));
     WindowInvalidate(windowHandle, nullptr);
 }
@@ -339,26 +358,10 @@ void frmConvertToOpt::ShowEffects() {
     effectList.Clear();
     clString entry = cmbEncoders.ItemText(SelectedEncoderRow());
     if (entry.EqualsNoCase(kMultiEncoder)) {
-        clValueRowDesc row;
-        row.kind = kRowSingle;
-        row.name = u"<set DSP effects on each multi-encoder settings page>";
-        row.nameColor = kGreyText;
-        row.readOnly = true;
-        effectList.AddRow(row);
+        effectList.AddNoteRow(u"<set DSP effects on each multi-encoder settings page>", kGreyText);
         return;
     }
-    clCommandOptions options;
-    options.Parse(effectText);
-    clEffectList effects;
-    ParseEffectString(options, effects);
-    for (int64_t i = 0; i < effects.Count(); ++i) {
-        clValueRowDesc row;
-        row.kind = kRowPlain;
-        row.name = effects[i].name;
-        row.value = effects[i].settings;
-        row.readOnly = true;
-        effectList.AddRow(row);
-    }
+    FillEffectRows(effectList, effectText);
 }
 
 void frmConvertToOpt::SaveEntrySettings(const clString& entry) {
@@ -577,6 +580,7 @@ intptr_t frmConvertToOpt::OnCommand(uint32_t id, clWindowHandle, uint32_t notify
         return 0;
     }
     if (notifyCode != kBnClicked) return 0;
+    if (multiPage.IsShown() && multiPage.OnCommand(id)) return 0;
     if (id == kIdFileCount) OpenListAndRename();
     // Choosing effects comes with the effect selection; until then the
     // button has nothing to offer.
@@ -589,6 +593,8 @@ intptr_t frmConvertToOpt::OnCommand(uint32_t id, clWindowHandle, uint32_t notify
 intptr_t frmConvertToOpt::OnRawMessage(clWindowHandle window, uint32_t message, uintptr_t wParam, intptr_t lParam,
                                        uint32_t* handledFlag) {
     effectList.OnRawMessage(window, message, wParam, lParam, handledFlag);
+    if (*handledFlag != 0) return 0;
+    if (multiPage.IsShown()) multiPage.list.OnRawMessage(window, message, wParam, lParam, handledFlag);
     if (*handledFlag != 0) return 0;
     if (message == kWmDropFiles) {
         clStringList paths;

@@ -13,6 +13,7 @@
 #include "foundation/clstring.h"
 #include "foundation/pointerarray.h"
 #include "foundation/syncobjects.h"
+#include "frontend/multiencoderpage.h"
 #include "frontend/settingspage.h"
 #include "plugins/encoderentries.h"
 #include "plugins/xdll.h"
@@ -59,6 +60,7 @@ public:
     clString currentEntry;  // the entry whose page is on show; empty: none
     void* page = nullptr;   // the library's own page, if it made one
     clSettingsPage settingsPage;  // the page built from the library's options
+    clMultiEncoderPage multiPage;  // the page of "[Multi Encoder]"
     XEvent handOverEvent;
     bool disableSameFolder = false;
     bool disableConvertToFolder = false;

@@ -79,8 +79,7 @@ clString clSettingsPage::Options() {
             value = clString::Formatted(u"%lld", static_cast<long long>(field.low) + ComboGetSelection(control));
         } else {
             value = WindowGetText(control);
-            value.TrimLeft();
-            while (value.Length() > 0 && value.CharAt(value.Length()) == u' ') value.SetLength(value.Length() - 1);
+            value.Trim();
             if (!OptionValueAllowed(field, value)) value = field.value;
         }
         field.value = value;

@@ -51,23 +51,29 @@ clString EncoderExtension(const clString& name) {
     return clString(query.text1);
 }
 
-clString OptionHelp(const clString& name, bool effect) {
+namespace {
+
+// A text answer of a library to a key that takes nothing.
+clString LibraryText(const clString& name, bool effect, const char16_t* key) {
     const qv_log_record noLog{};
     qv_query_record query{};
     if (effect) {
         clQvDSP dsp;
-        if (!clQvCodecHandler::LoadDSP(name, dsp, &noLog) || dsp.Get(dsp.instance, u"OptionHelp", &query) == 0) {
-            return clString();
-        }
+        if (!clQvCodecHandler::LoadDSP(name, dsp, &noLog) || dsp.Get(dsp.instance, key, &query) == 0) return clString();
         return clString(query.text1);
     }
     clQvEncoder encoder;
-    if (!clQvCodecHandler::LoadEncoder(name, encoder, &noLog) ||
-        encoder.Get(encoder.instance, u"OptionHelp", &query) == 0) {
+    if (!clQvCodecHandler::LoadEncoder(name, encoder, &noLog) || encoder.Get(encoder.instance, key, &query) == 0) {
         return clString();
     }
     return clString(query.text1);
 }
+
+}  // namespace
+
+clString OptionHelp(const clString& name, bool effect) { return LibraryText(name, effect, u"OptionHelp"); }
+
+clString OptionSpecOfLibrary(const clString& name, bool effect) { return LibraryText(name, effect, u"OptionSpec"); }
 
 clString EncoderOfProfile(const clString& text) {
     int32_t length = text.Length();

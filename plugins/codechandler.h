@@ -30,6 +30,9 @@ clString EncoderExtension(const clString& name);
 // What an encoder (or effect) says of its option string ("OptionHelp"):
 // lines ending in LF; empty when it says nothing or can't be loaded.
 clString OptionHelp(const clString& name, bool effect);
+// The description of its options a library gives ("OptionSpec",
+// optionfields.h); empty when it gives none or can't be loaded.
+clString OptionSpecOfLibrary(const clString& name, bool effect);
 // The encoder of an encoder-list entry: a profile is written
 //   Profile name "Encoder"
 // and gives what stands between its last two double quotes; a text that

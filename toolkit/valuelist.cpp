@@ -219,6 +219,30 @@ void XValueList::BuildRow(clValueRow& row) {
     }
 }
 
+void XValueList::FitNameColumn(const clStringList& names, int32_t mostPixels) {
+    if (measure == nullptr) return;
+    clFontSpec spec;
+    spec.face = clString(u"Tahoma");
+    spec.height = clPackedPixels(Pixels(defaultNameFontSize));
+    measure->SetFont(spec);
+    int32_t widest = 0;
+    for (int64_t i = 0; i < names.Count(); ++i) widest = std::max(widest, measure->MeasureText(names[i]).width);
+    int32_t pixels = clPackedPixels(Pixels(defaultNameLeft)) + widest + XWindow::ScaleUnits(16);
+    if (mostPixels > 0) pixels = std::min(pixels, mostPixels);  // a list not yet laid out has no width
+    // Back into the list's units, which Pixels() scales again.
+    int32_t perHundred = unitsArePixels ? 100 : XWindow::ScaleUnits(100);
+    defaultValueLeft = static_cast<uint32_t>(std::max(1, pixels * 100 / std::max(1, perHundred)));
+}
+
+int32_t XValueList::AddNoteRow(const char16_t* text, uint32_t color) {
+    clValueRowDesc row;
+    row.kind = kRowWrapped;  // a note cut short tells nothing
+    row.name = text;
+    row.nameColor = color;
+    row.readOnly = true;
+    return AddRow(row);
+}
+
 int32_t XValueList::AddRow(const clValueRowDesc& description, int32_t position) {
     control.Close();
     auto* row = new clValueRow;

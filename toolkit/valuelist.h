@@ -132,6 +132,13 @@ public:
     void Destroy();
     // Answers the row's index; position -1 adds at the end.
     int32_t AddRow(const clValueRowDesc& description, int32_t position = -1);
+    // Moves the value column of rows added from now on to just behind the
+    // widest of `names` in the name font, but no further than `mostPixels`
+    // from the left: short names leave the values room, long ones aren't cut.
+    void FitNameColumn(const clStringList& names, int32_t mostPixels);
+    // A read-only row that only says something (what the list is empty of,
+    // say), over as many lines as the text needs.
+    int32_t AddNoteRow(const char16_t* text, uint32_t color);
     void Clear();
     int32_t RowCount() const { return static_cast<int32_t>(rows.count); }
     clValueRow* Row(int32_t row) const;

@@ -12,6 +12,8 @@
 //                   settings page and "qvt plugins"
 //   kRequiredEffect the effect ("Name=settings") its format needs ahead of
 //                   it, or null
+// and, if its outputs don't go to the window's output location, defined
+// QVC_NO_OUTPUT_LOCATION.
 #pragma once
 
 #include <new>
@@ -47,6 +49,11 @@ QV_EXPORT int32_t ENC_Get(uint64_t handle, const qv_char* key, qv_query_record* 
         // number of them may run at once.
         return 0;
     }
+#ifdef QVC_NO_OUTPUT_LOCATION
+    // The outputs go where the library's own settings say, so the window's
+    // output location has nothing to decide.
+    if (qvc::KeyIs(key, "DisableConvertToFolder")) return 1;
+#endif
     if (qvc::KeyIs(key, "RequiresDSP")) {
         if (kRequiredEffect == nullptr) return 0;
         record->text2 = self->text2.Set(kRequiredEffect);

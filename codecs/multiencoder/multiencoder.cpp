@@ -30,4 +30,6 @@ uint64_t EstimatedSize(uint64_t, const qv_stream_facts*) { return 0; }
 
 }  // namespace
 
+// Each item has its own folder and naming rule.
+#define QVC_NO_OUTPUT_LOCATION
 #include "codecs/common/encoderexports.h"

@@ -38,3 +38,46 @@ TEST(MultiEncoder, ItemsCarryTheirOwnEncoderTargetAndEffects) {
     EXPECT_EQ(Text(items[1].namingRule), u"[origpath]\\[origfilename]");
     EXPECT_TRUE(items[1].dspEffects.IsEmpty());
 }
+
+// What the multi encoder's page writes: read back item for item, with the
+// quotes of options and effects nested as {mqt}, and empty targets left
+// empty (a run fills them in, the page shows them as they are).
+TEST(MultiEncoder, ItemsWrittenReadBackTheSame) {
+    clMultiEncoderItems items;
+    auto* first = new clMultiEncoderItem();
+    first->encoderName = u"Wave";
+    first->encoderOptions = u"-bits=\"24\"";
+    first->folder = u"/out/wave";
+    first->namingRule = u"[artist] - [title]";
+    first->dspEffects = u"-dspeffect1=\"Resample=-rate={qt}44100{qt}\"";
+    items.Add(first);
+    auto* second = new clMultiEncoderItem();
+    second->encoderName = u"MP3 (Lame)";
+    items.Add(second);
+    const clString text = BuildMultiItems(items);
+    EXPECT_EQ(Text(text),
+              u"-enc1=\"Wave=-bits={mqt}24{mqt}\" -encMopt1=\"-tofolder={mqt}/out/wave{mqt} -dynamic={mqt}[artist] - "
+              u"[title]{mqt}\" -encDSP1=\"-dspeffect1={mqt}Resample=-rate={qt}44100{qt}{mqt}\" -enc2=\"MP3 (Lame)=\" "
+              u"-encMopt2=\"\" -encDSP2=\"\"");
+    EXPECT_EQ(CountMultiItems(clString(u"[Multi Encoder]"), text), 2);
+
+    clMultiEncoderItems read;
+    ReadMultiItems(text, read);
+    ASSERT_EQ(read.Count(), 2);
+    for (int64_t i = 0; i < 2; ++i) {
+        EXPECT_EQ(Text(read[i].encoderName), Text(items[i].encoderName));
+        EXPECT_EQ(Text(read[i].encoderOptions), Text(items[i].encoderOptions));
+        EXPECT_EQ(Text(read[i].folder), Text(items[i].folder));
+        EXPECT_EQ(Text(read[i].namingRule), Text(items[i].namingRule));
+        EXPECT_EQ(Text(read[i].dspEffects), Text(items[i].dspEffects));
+    }
+    // The same text for a run: the second item's target is filled in.
+    ParseMultiItems(text, read);
+    EXPECT_EQ(Text(read[0].folder), u"/out/wave");
+    EXPECT_EQ(Text(read[1].namingRule), u"[origpath]\\[origfilename]");
+    EXPECT_FALSE(read[1].folder.IsEmpty());
+
+    EXPECT_TRUE(MultiItemTextFits(clString(u"[artist]\\[title]")));
+    EXPECT_FALSE(MultiItemTextFits(clString(u"say \"hi\"")));
+    EXPECT_TRUE(BuildMultiItems(clMultiEncoderItems()).IsEmpty());
+}

@@ -145,6 +145,14 @@ TEST(ClString, TrimLeftOnlySpacesAndCaseChangesOnlyAscii) {
     clString s(u"  \tx ");
     s.TrimLeft();
     EXPECT_EQ(U(s), u"\tx ");
+    s.Trim();
+    EXPECT_EQ(U(s), u"\tx");
+    clString blanks(u"   ");
+    blanks.Trim();
+    EXPECT_TRUE(blanks.IsEmpty());
+    clString none;
+    none.Trim();
+    EXPECT_TRUE(none.IsEmpty());
     clString mixed(u"aZ\u00e4\u00c4");
     EXPECT_EQ(U(mixed.Upper()), u"AZ\u00e4\u00c4");
     EXPECT_EQ(U(mixed.Lower()), u"az\u00e4\u00c4");

@@ -18,6 +18,7 @@
 #include "foundation/utf.h"
 #include "foundation/messagebox.h"
 #include "foundation/platform/processinfo.h"
+#include "frontend/dlgmultiitem.h"
 #include "frontend/frmnewprofile.h"
 #include "plugins/effectstring.h"
 #include "tests/codecs/wavefiles.h"
@@ -351,4 +352,154 @@ TEST_F(OptionsTest, PicturesOfEachEncodersPage) {
         }
         SaveGrab(form.windowHandle, file);
     }
+}
+
+namespace {
+
+void GrabItemAndCancel(XWindow& window, void*) {
+    Pump();
+    SaveGrab(window.windowHandle, "options-multi-item");
+    window.OnIdCancel();
+}
+
+}  // namespace
+
+// The pictures of "[Multi Encoder]": its page with two items, and the
+// window in which one of them is edited.
+TEST_F(OptionsTest, PicturesOfTheMultiEncoder) {
+    input.AddSource(Source(u"one.wav"), true);
+    clMultiEncoderItems items;
+    auto* wave = new clMultiEncoderItem;
+    wave->encoderName = clString(u"Wave");
+    wave->encoderOptions = clString(u"-bits=\"24\"");
+    wave->folder = clString(u"/home/user/Music/Masters/");
+    wave->namingRule = clString(u"[artist]\\[album]\\[track] [title]");
+    clEffectList effects;
+    effects.Add(clString(u"Resample"), clString(u"-rate=\"96000\""));
+    effects.Add(clString(u"Volume Normalize"), clString(u"-target=\"-18\""));
+    wave->dspEffects = BuildStoredEffectText(effects);
+    items.Add(wave);
+    auto* aiff = new clMultiEncoderItem;
+    aiff->encoderName = clString(u"AIFF");
+    aiff->folder = clString(u"/home/user/Music/For the car/");
+    aiff->namingRule = clString(u"[origfilename]");
+    items.Add(aiff);
+    SetSettingText(BuildMultiItems(items), kEntryOptionsSetting.name, settingsRootHive,
+                   EntryKeyPath(clString(u"[Multi Encoder]"), clString()).text);
+    frmConvertToOpt form(input);
+    ASSERT_TRUE(form.Open(nullptr));
+    ChooseEncoder(form, u"[Multi Encoder]");
+    ASSERT_EQ(form.multiPage.items.Count(), 2);
+    form.multiPage.list.SelectRow(0);
+    Pump();
+    SaveGrab(form.windowHandle, "options-multi");
+    SetModalHook(GrabItemAndCancel, nullptr);
+    form.OnCommand(kIdMultiEdit, form.multiPage.editButton, kBnClicked);
+    SetModalHook(nullptr, nullptr);
+}
+
+namespace {
+
+clString waveFolder;
+// The user adds a Wave item at 24 bits into its own folder, named after
+// the source file alone.
+void AddWaveItem(XWindow& window, void*) {
+    auto* dialog = dynamic_cast<dlgMultiItem*>(&window);
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_EQ(U(WindowGetText(dialog->namingField)), u"[origpath]\\[origfilename]") << "a new item's default";
+    EXPECT_FALSE(WindowGetText(dialog->folderField).IsEmpty());
+    ASSERT_TRUE(dialog->ChooseEncoder(clString(u"Wave")));
+    ASSERT_TRUE(dialog->settingsPage.SetValue(u"bits", clString(u"24")));
+    WindowSetText(dialog->folderField, waveFolder);
+    WindowSetText(dialog->namingField, clString(u"[origfilename]"));
+    dialog->OnIdOk();
+}
+void AddAiffItem(XWindow& window, void*) {
+    auto* dialog = dynamic_cast<dlgMultiItem*>(&window);
+    ASSERT_NE(dialog, nullptr);
+    ASSERT_TRUE(dialog->ChooseEncoder(clString(u"AIFF")));
+    dialog->OnIdOk();
+}
+// Editing the Wave item: its own settings come back with its own encoder,
+// another encoder starts from its defaults; then the user cancels.
+void LookAndCancel(XWindow& window, void*) {
+    auto* dialog = dynamic_cast<dlgMultiItem*>(&window);
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_EQ(U(dialog->PageOptions()), u"-bits=\"24\"");
+    ASSERT_TRUE(dialog->ChooseEncoder(clString(u"AIFF")));
+    EXPECT_EQ(U(dialog->PageOptions()), u"") << "AIFF at its defaults, not Wave's choice";
+    ASSERT_TRUE(dialog->ChooseEncoder(clString(u"Wave")));
+    EXPECT_EQ(U(dialog->PageOptions()), u"-bits=\"24\"");
+    WindowSetText(dialog->namingField, clString(u"changed"));
+    dialog->OnIdCancel();
+}
+
+}  // namespace
+
+// "[Multi Encoder]": items added, ordered, edited and removed on its page,
+// and its option string is what a run reads back item for item.
+TEST_F(OptionsTest, TheMultiEncodersItemsAreEditedOnItsPageAndStoredForTheRun) {
+    globalEncoder = u"[Multi Encoder]";
+    waveFolder = dir.File(u"wave out");
+    frmConvertToOpt form(input);
+    ASSERT_TRUE(form.Open(nullptr));
+    ASSERT_TRUE(form.multiPage.IsShown());
+    EXPECT_FALSE(form.settingsPage.IsShown());
+    clMultiEncoderPage& page = form.multiPage;
+    ASSERT_EQ(page.list.RowCount(), 1);
+    EXPECT_EQ(U(page.list.Row(0)->name), u"<no encoders yet: press Add>");
+    EXPECT_FALSE(WindowIsEnabled(page.editButton));
+    EXPECT_EQ(U(form.effectList.Row(0)->name), u"<set DSP effects on each multi-encoder settings page>");
+    EXPECT_FALSE(WindowIsEnabled(form.cmbOutToFolder.control)) << "each item has an output of its own";
+    EXPECT_EQ(WindowNextInTabOrder(form.fileButton), page.list.listHandle) << "the tab order runs into the page";
+
+    SetModalHook(AddWaveItem, nullptr);
+    form.OnCommand(kIdMultiAdd, page.addButton, kBnClicked);
+    SetModalHook(AddAiffItem, nullptr);
+    form.OnCommand(kIdMultiAdd, page.addButton, kBnClicked);
+    SetModalHook(nullptr, nullptr);
+    ASSERT_EQ(page.items.Count(), 2);
+    EXPECT_EQ(U(page.list.Row(0)->name), u"1. Wave");
+    EXPECT_EQ(U(page.list.Row(1)->name), u"2. AIFF");
+    EXPECT_NE(U(page.list.Row(0)->value).find(u"wave out"), std::u16string::npos) << "the row shows where it goes";
+    EXPECT_TRUE(WindowIsEnabled(page.editButton));
+
+    // Dragging AIFF above Wave changes the order and the numbers.
+    clRect second = ListRowRect(page.list.listHandle, 1);
+    clRect first = ListRowRect(page.list.listHandle, 0);
+    int32_t y = second.top + second.Height() / 2;
+    WindowSend(page.list.listHandle, kWmLButtonDown, kMkLButton, clMakeLParam(50, y));
+    WindowSend(page.list.listHandle, kWmMouseMove, kMkLButton, clMakeLParam(50, y - 8));
+    WindowSend(page.list.listHandle, kWmMouseMove, kMkLButton, clMakeLParam(50, first.top + 2));
+    WindowSend(page.list.listHandle, kWmLButtonUp, 0, clMakeLParam(50, first.top + 2));
+    EXPECT_EQ(U(page.items[0].encoderName), u"AIFF");
+    EXPECT_EQ(U(page.list.Row(0)->name), u"1. AIFF");
+    EXPECT_EQ(U(page.list.Row(1)->name), u"2. Wave");
+    SaveGrabIfFailed(form.windowHandle);
+
+    page.list.SelectRow(1);
+    SetModalHook(LookAndCancel, nullptr);
+    form.OnCommand(kIdMultiEdit, page.editButton, kBnClicked);
+    SetModalHook(nullptr, nullptr);
+    EXPECT_EQ(U(page.items[1].namingRule), u"[origfilename]") << "a cancelled edit changes nothing";
+    page.list.SelectRow(0);
+    form.OnCommand(kIdMultiRemove, page.removeButton, kBnClicked);
+    ASSERT_EQ(page.items.Count(), 1);
+    EXPECT_EQ(U(page.list.Row(0)->name), u"1. Wave");
+
+    form.OnIdOk();
+    clString stored = Stored(u"[Multi Encoder]", kEntryOptionsSetting.name);
+    clMultiEncoderItems items;
+    ParseMultiItems(stored, items);
+    ASSERT_EQ(items.Count(), 1) << U(stored).size();
+    EXPECT_EQ(U(items[0].encoderName), u"Wave");
+    EXPECT_EQ(U(items[0].encoderOptions), u"-bits=\"24\"");
+    EXPECT_EQ(U(items[0].folder), U(waveFolder));
+    EXPECT_EQ(U(items[0].namingRule), u"[origfilename]");
+    EXPECT_TRUE(Stored(u"[Multi Encoder]", kEntryEffectsSetting.name).IsEmpty());
+
+    frmConvertToOpt again(input);
+    ASSERT_TRUE(again.Open(nullptr));
+    ASSERT_EQ(again.multiPage.list.RowCount(), 1);
+    EXPECT_EQ(U(again.multiPage.list.Row(0)->name), u"1. Wave");
 }

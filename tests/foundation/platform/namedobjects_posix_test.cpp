@@ -90,9 +90,13 @@ TEST(NamedObjectsPosix, WaiterInAnotherProcessWakesOnSet) {
 TEST(NamedObjectsPosix, FolderIsPrivateToTheUser) {
     XEvent event;
     event.Create(Name(u"private").text);
+    // The test program keeps a settings store of its own, and named objects
+    // live beside it then; the user's runtime folder only without one.
+    const char* store = std::getenv("QUILLOTONE_CONFIG_DIR");
     const char* runtime = std::getenv("XDG_RUNTIME_DIR");
-    std::string folder = runtime != nullptr && runtime[0] == '/' ? std::string(runtime) + "/quillotone"
-                                                                 : "/tmp/quillotone-" + std::to_string(getuid());
+    std::string folder = store != nullptr && store[0] == '/'       ? std::string(store) + "/run"
+                         : runtime != nullptr && runtime[0] == '/' ? std::string(runtime) + "/quillotone"
+                                                                   : "/tmp/quillotone-" + std::to_string(getuid());
     struct stat st {};
     ASSERT_EQ(stat(folder.c_str(), &st), 0);
     EXPECT_EQ(st.st_mode & 0777, 0700u);
