@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "crash/dlgcrashreport.h"
 #include "foundation/file.h"
 #include "foundation/platform/processinfo.h"
 #include "foundation/stringlist.h"
@@ -42,6 +43,7 @@ const char16_t* KindOf(XWindow& window) {
     if (dynamic_cast<frmOverwrite*>(&window) != nullptr) return u"overwrite";
     if (dynamic_cast<frmErrorsInfo*>(&window) != nullptr) return u"errors";
     if (dynamic_cast<frmNewProfile*>(&window) != nullptr) return u"newprofile";
+    if (dynamic_cast<dlgCrashReport*>(&window) != nullptr) return u"crashreport";
     return u"";
 }
 

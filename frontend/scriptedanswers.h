@@ -4,7 +4,8 @@
 // for its kind, carries out its steps and removes it, so that a program
 // started from that window (a re-convert) finds the lines left for it.
 //
-// A line: a kind ("options", "overwrite", "errors", "newprofile"), a
+// A line: a kind ("options", "overwrite", "errors", "newprofile",
+// "crashreport"), a
 // colon, then steps separated by ";":
 //   encoder TEXT          choose that row of the encoder list
 //   option NAME VALUE     set a value of the settings page

@@ -103,6 +103,7 @@ constexpr uint32_t kWsChild = 0x40000000u;
 constexpr uint32_t kWsVisible = 0x10000000u;
 constexpr uint32_t kWsDisabled = 0x08000000u;
 constexpr uint32_t kWsCaption = 0x00C00000u;
+constexpr uint32_t kWsBorder = 0x00800000u;
 constexpr uint32_t kWsSysMenu = 0x00080000u;
 constexpr uint32_t kWsThickFrame = 0x00040000u;  // sizable
 constexpr uint32_t kWsMinimizeBox = 0x00020000u;

@@ -100,6 +100,9 @@ clValueRow* XValueList::Row(int32_t row) const {
 
 int32_t XValueList::DefaultRowHeight() {
     if (rowHeight != 0) return clPackedPixels(Pixels(rowHeight));
+    // The rows' own fonts pass through the measuring canvas: the list's
+    // font goes back on it first, so every row measures the same.
+    if (measure != nullptr) measure->SetFont(font.font);
     int32_t textHeight = measure != nullptr ? font.MeasureText(clString(u"Aj")).height : 15;
     return textHeight + XWindow::ScaleUnits(8) + XWindow::ScaleUnits(4);
 }
@@ -126,6 +129,11 @@ clString XValueList::WrapName(const clValueRow& row, int32_t width, int32_t& lin
     result.Append(line);
     ++lineCount;
     return result;
+}
+
+// A plain row of two lines with a link: the link goes on the second line.
+bool XValueList::LinkBelow(const clValueRow& row) {
+    return row.kind == kRowPlain && row.lines >= 2 && !row.buttonText.IsEmpty();
 }
 
 void XValueList::BuildRow(clValueRow& row) {
@@ -166,6 +174,8 @@ void XValueList::BuildRow(clValueRow& row) {
         clFontSpec spec;
         spec.face = face;
         spec.height = nameSize;
+        spec.bold = row.nameBold;
+        spec.italic = row.nameItalic;
         measure->SetFont(spec);
         int32_t lineCount = 0;
         clString wrapped = WrapName(row, std::max(20, listWidth - nameX - 8), lineCount);
@@ -175,12 +185,14 @@ void XValueList::BuildRow(clValueRow& row) {
                                      wrapped, face, nameSize, nameColor, nameStyle | kTextMultiLine) -
                         1;
     } else {
-        row.height = DefaultRowHeight();
-        uint32_t nameWidth = row.kind == kRowSingle || row.kind == kRowHeading || KindIsToggle(row.kind)
-                                 ? clPack(-(nameX + 4), kFull)
-                                 : clPack(std::max(10, clPackedPixels(row.valueLeft) - nameX - 6));
-        row.nameOrder = list.AddText(clPack(nameX), 0, nameWidth, kFull, row.name, face, nameSize, nameColor,
-                                     nameStyle | kTextEllipsis, kAlignVCenter) -
+        int32_t line = DefaultRowHeight();
+        row.height = LinkBelow(row) ? 2 * line - XWindow::ScaleUnits(8) : line;
+        uint32_t nameWidth =
+            row.kind == kRowSingle || row.kind == kRowHeading || KindIsToggle(row.kind) || LinkBelow(row)
+                ? clPack(-(nameX + 4), kFull)
+                : clPack(std::max(10, clPackedPixels(row.valueLeft) - nameX - 6));
+        row.nameOrder = list.AddText(clPack(nameX), 0, nameWidth, LinkBelow(row) ? clPack(line) : kFull, row.name,
+                                     face, nameSize, nameColor, nameStyle | kTextEllipsis, kAlignVCenter) -
                         1;
     }
     bool drawsValue = row.kind != kRowSingle && row.kind != kRowWrapped && !KindIsToggle(row.kind);
@@ -213,8 +225,10 @@ void XValueList::BuildRow(clValueRow& row) {
         spec.height = valueSize;
         measure->SetFont(spec);
         int32_t valueWidth = row.value.IsEmpty() ? 0 : measure->MeasureText(row.value).width + 8;
-        row.bracketOrder = list.AddText(clPack(valueX + valueWidth), 0, 0, kFull, row.buttonText, face, valueSize,
-                                        kLinkColor, kTextUnderline, kAlignVCenter) -
+        int32_t line = DefaultRowHeight();
+        uint32_t top = LinkBelow(row) ? clPack(line - XWindow::ScaleUnits(8)) : 0;
+        row.bracketOrder = list.AddText(clPack(valueX + valueWidth), top, 0, LinkBelow(row) ? clPack(line) : kFull,
+                                        row.buttonText, face, valueSize, kLinkColor, kTextUnderline, kAlignVCenter) -
                            1;
     }
 }

@@ -51,7 +51,7 @@ struct QV_TOOLKIT_API clValueRowDesc {
     uint32_t valueLeft = 0;  // packed; 0 takes the default
     uint32_t valueColor = 0;
     uint32_t valueWidth = 0;  // packed; 0 stretches the editor to the right edge
-    int32_t lines = 0;
+    int32_t lines = 0;  // an edit's lines; 2 on a plain row with a link puts the link on a line of its own
     clImageHandle icon = nullptr;  // owned by the list once added
     uint32_t imageLeft = 0;        // packed; 0 takes the default name left
     clStringList choices;
@@ -171,6 +171,7 @@ private:
     static uint32_t listCounter;
 
     void BuildRow(clValueRow& row);
+    static bool LinkBelow(const clValueRow& row);
     void PaintRow(const clDrawItem& item);
     void Click(int32_t x, int32_t y);
     void Toggle(int32_t row);

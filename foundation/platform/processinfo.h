@@ -29,6 +29,10 @@ bool PlatformStartProcess(const clString& program, const clStringList& arguments
 // shell on Windows, xdg-open elsewhere), not waiting; false when nothing
 // could be started.
 bool PlatformOpenDocument(const clString& pathOrAddress);
+// Opens a window of the file's folder with the file selected (Explorer on
+// Windows; on Linux the desktop's file manager shows the folder, as not
+// every one can select a file); false when nothing could be started.
+bool PlatformShowInFolder(const clString& path);
 
 // An environment variable's value; false (and empty) when it is not set.
 bool PlatformGetEnvironment(const char16_t* name, clString& value);

@@ -123,6 +123,15 @@ bool PlatformGetEnvironment(const char16_t* name, clString& value) {
     return true;
 }
 
+bool PlatformShowInFolder(const clString& path) {
+    std::string native = NativePath(path.text);
+    size_t slash = native.rfind('/');
+    std::string folder = slash == std::string::npos ? std::string(".") : native.substr(0, slash == 0 ? 1 : slash);
+    clString text;
+    FromNative(folder.c_str(), text);
+    return PlatformOpenDocument(text);
+}
+
 const char16_t* PlatformExecutableSuffix() { return u""; }
 void PlatformInitializeComponents() {}
 void PlatformUninitializeComponents() {}

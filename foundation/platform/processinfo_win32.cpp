@@ -7,6 +7,7 @@
 #include <tlhelp32.h>
 
 #include <csignal>
+#include <string>
 
 #include "foundation/commandlinetext.h"
 #include "foundation/platform/processinfo.h"
@@ -56,6 +57,17 @@ bool PlatformStartProcess(const clString& program, const clStringList& arguments
 bool PlatformOpenDocument(const clString& pathOrAddress) {
     auto result = reinterpret_cast<intptr_t>(ShellExecuteW(nullptr, L"open", reinterpret_cast<LPCWSTR>(pathOrAddress.text),
                                                           nullptr, nullptr, SW_SHOWNORMAL));
+    return result > 32;
+}
+
+bool PlatformShowInFolder(const clString& path) {
+    wchar_t windows[MAX_PATH];
+    UINT length = GetWindowsDirectoryW(windows, MAX_PATH);
+    if (length == 0 || length >= MAX_PATH) return false;
+    std::wstring explorer = std::wstring(windows) + L"\\Explorer.exe";
+    std::wstring arguments = L" /n, /e, /select, \"" + std::wstring(reinterpret_cast<const wchar_t*>(path.text)) + L"\"";
+    auto result = reinterpret_cast<intptr_t>(
+        ShellExecuteW(nullptr, L"open", explorer.c_str(), arguments.c_str(), nullptr, SW_SHOWNORMAL));
     return result > 32;
 }
 

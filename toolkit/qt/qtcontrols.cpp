@@ -253,7 +253,16 @@ clRect WindowScreenRect(clWindowHandle window) {
 clRect WindowClientRect(clWindowHandle window) {
     QWidget* widget = WidgetOf(window);
     if (widget == nullptr) return clRect{};
-    if (auto* area = dynamic_cast<QAbstractScrollArea*>(widget)) widget = area->viewport();
+    if (auto* area = dynamic_cast<QAbstractScrollArea*>(widget)) {
+        // Until the list first shows, its viewport keeps Qt's default size:
+        // the resize that places it waits for the show. The frame's inside
+        // is right already, and is what the viewport will be.
+        if (area->testAttribute(Qt::WA_PendingResizeEvent) || !area->isVisible()) {
+            QRect inside = area->contentsRect();
+            return clRect{0, 0, inside.width(), inside.height()};
+        }
+        widget = area->viewport();
+    }
     return clRect{0, 0, widget->width(), widget->height()};
 }
 
