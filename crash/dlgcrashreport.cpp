@@ -18,8 +18,10 @@ constexpr int32_t kListLeft = 56;
 constexpr int32_t kLinkLeft = 24;  // the links stand below their lines, indented
 constexpr uint32_t kBorder = 0x8A8A8A;
 
-// The program's mark (the desktop icon's, drawn small): a blue tile with
-// two notes and the arrow of a conversion.
+}  // namespace
+
+// The desktop icon's picture, drawn small: a blue tile with two notes and
+// the arrow of a conversion.
 clImageHandle DrawProgramMark() {
     clImageHandle image = CreateImage(32, 32);
     if (image == nullptr) return nullptr;
@@ -38,8 +40,6 @@ clImageHandle DrawProgramMark() {
     delete canvas;
     return image;
 }
-
-}  // namespace
 
 dlgCrashReport::dlgCrashReport(const clString& dumpPath) : crashReportDumpPath(dumpPath) {
     clString flag;

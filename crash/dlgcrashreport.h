@@ -44,5 +44,9 @@ private:
     void Close();
 };
 
+// The program's mark, 32 by 32 pixels, for the windows that paint their
+// own heading; the caller owns it (null when no picture can be made).
+clImageHandle DrawProgramMark();
+
 // The program's title, as the report names it.
 constexpr const char16_t* kCrashProgramTitle = u"Quillotone Track Converter";

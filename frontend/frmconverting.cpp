@@ -530,35 +530,18 @@ intptr_t frmConverting::OnKeyDown(uint32_t key, intptr_t) {
 }
 
 intptr_t frmConverting::OnMouseDown(int32_t x, int32_t y, uint32_t, int32_t button) {
-    if (button != 0 || y >= U(kDragBand)) {
-        handled = 0;
-        return 0;
-    }
-    clRect now = WindowScreenRect(windowHandle);
-    clPoint pointer = WindowToScreen(windowHandle, clPoint{x, y});
-    dragOffset = clPoint{pointer.x - now.left, pointer.y - now.top};
-    dragging = true;
-    WindowCaptureMouse(windowHandle);
+    clRect client = WindowClientRect(windowHandle);
+    if (!drag.Down(*this, x, y, button, clRect::Sized(0, 0, client.Width(), U(kDragBand)))) handled = 0;
     return 0;
 }
 
 intptr_t frmConverting::OnMouseMove(int32_t x, int32_t y, uint32_t) {
-    if (!dragging) {
-        handled = 0;
-        return 0;
-    }
-    clPoint pointer = WindowToScreen(windowHandle, clPoint{x, y});
-    SetPlacement(pointer.x - dragOffset.x, pointer.y - dragOffset.y, kKeepPlacement, kKeepPlacement);
+    if (!drag.Move(*this, x, y)) handled = 0;
     return 0;
 }
 
 intptr_t frmConverting::OnMouseUp(int32_t, int32_t, uint32_t, int32_t) {
-    if (!dragging) {
-        handled = 0;
-        return 0;
-    }
-    dragging = false;
-    WindowReleaseMouse();
+    if (!drag.Up()) handled = 0;
     return 0;
 }
 

@@ -19,6 +19,7 @@
 #include "toolkit/button.h"
 #include "toolkit/drawlist.h"
 #include "toolkit/valuelist.h"
+#include "toolkit/windowdrag.h"
 #include "toolkit/xwindow.h"
 
 class clConversionInput;
@@ -106,8 +107,7 @@ private:
     int32_t barFullWidth = 0;
     int32_t shownProgress = -1;
     int32_t rowLimit = 16;
-    bool dragging = false;
-    clPoint dragOffset;
+    clWindowDrag drag;  // by the heading
     bool closedNow = false;
     bool opened = false;
     int32_t taskbarState = kTaskbarNormal;

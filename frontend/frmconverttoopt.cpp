@@ -16,6 +16,7 @@
 #include "foundation/settingnames.h"
 #include "foundation/settings.h"
 #include "foundation/specialfolder.h"
+#include "frontend/dlgnaming.h"
 #include "frontend/effectrows.h"
 #include "frontend/frmlistnrename.h"
 #include "frontend/frmnewprofile.h"
@@ -484,7 +485,13 @@ void frmConvertToOpt::ChooseOutputCommand(int32_t row) {
     if (row == kOutputSourceFolders) {
         AddOutputRow(clString(kSourceFoldersOutput), false, true, false);
     } else if (row == kOutputEditNaming) {
-        clString naming = askNaming != nullptr ? askNaming(*this, cmbOutToFolder.previousOutput) : clString();
+        clString naming;
+        if (askNaming != nullptr) {
+            naming = askNaming(*this, cmbOutToFolder.previousOutput);
+        } else {
+            naming = cmbOutToFolder.previousOutput;
+            if (!EditNaming(windowHandle, naming)) naming.Clear();
+        }
         if (naming.IsEmpty()) restore();
         else AddOutputRow(naming, false, true, false);
     } else if (row == kOutputPreservePath || row == kOutputSingleFolder) {

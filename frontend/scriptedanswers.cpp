@@ -8,6 +8,7 @@
 #include "foundation/stringlist.h"
 #include "foundation/utf.h"
 #include "frontend/conversionstage.h"
+#include "frontend/dlgnaming.h"
 #include "frontend/frmconverttoopt.h"
 #include "frontend/frmerrorsinfo.h"
 #include "frontend/frmnewprofile.h"
@@ -44,6 +45,7 @@ const char16_t* KindOf(XWindow& window) {
     if (dynamic_cast<frmErrorsInfo*>(&window) != nullptr) return u"errors";
     if (dynamic_cast<frmNewProfile*>(&window) != nullptr) return u"newprofile";
     if (dynamic_cast<dlgCrashReport*>(&window) != nullptr) return u"crashreport";
+    if (dynamic_cast<dlgNaming*>(&window) != nullptr) return u"naming";
     return u"";
 }
 
@@ -54,6 +56,30 @@ void SplitStep(const clString& step, clString& word, clString& rest) {
     int32_t blank = text.FindChar(u' ');
     word = blank == 0 ? text : text.Mid(1, blank - 1);
     rest = blank == 0 ? clString() : text.Mid(blank + 1, text.Length());
+}
+
+// The naming editor's steps: "base TEXT", "naming TEXT", and "insert
+// MENU LABEL" with MENU one of tags, properties, functions, examples.
+void RunNamingStep(dlgNaming& naming, const clString& word, const clString& rest) {
+    if (word.Equals(u"base")) {
+        WindowSetText(naming.baseField, rest);
+    } else if (word.Equals(u"naming")) {
+        WindowSetText(naming.namingField, rest);
+        EditSetSelection(naming.namingField, rest.Length(), rest.Length());
+        naming.RefreshExample();
+    } else if (word.Equals(u"insert")) {
+        clString menuName, label;
+        SplitStep(rest, menuName, label);
+        const char16_t* const kMenus[] = {u"tags", u"properties", u"functions", u"examples"};
+        for (int32_t m = 0; m < 4; ++m) {
+            if (!menuName.Equals(kMenus[m])) continue;
+            int32_t count = 0;
+            const clNamingMenuEntry* entries = NamingMenuEntries(static_cast<clNamingMenu>(m), count);
+            for (int32_t i = 0; i < count; ++i) {
+                if (label.Equals(entries[i].label)) naming.ChooseMenuEntry(static_cast<clNamingMenu>(m), i);
+            }
+        }
+    }
 }
 
 void Run(XWindow& window, const clString& step) {
@@ -75,6 +101,13 @@ void Run(XWindow& window, const clString& step) {
         options->settingsPage.SetValue(name.text, value);
     } else if (options != nullptr && word.Equals(u"output")) {
         options->AddOutputRow(rest, false, true, false);
+    } else if (options != nullptr && word.Equals(u"outputcommand")) {
+        int32_t row = options->cmbOutToFolder.FindExact(rest);
+        if (row < 0) return;
+        options->cmbOutToFolder.SetSelection(row);
+        options->OnCommand(kIdOutputList, options->cmbOutToFolder.control, kCbnSelChange);
+    } else if (auto* naming = dynamic_cast<dlgNaming*>(&window); naming != nullptr) {
+        RunNamingStep(*naming, word, rest);
     }
 }
 

@@ -5,12 +5,16 @@
 // started from that window (a re-convert) finds the lines left for it.
 //
 // A line: a kind ("options", "overwrite", "errors", "newprofile",
-// "crashreport"), a
+// "naming", "crashreport"), a
 // colon, then steps separated by ";":
 //   encoder TEXT          choose that row of the encoder list
 //   option NAME VALUE     set a value of the settings page
 //   output TEXT           make TEXT the output location
+//   outputcommand TEXT    choose the output list's command of that text
 //   press ID              press the control with that id
+//   base TEXT, naming TEXT            the naming editor's two fields
+//   insert MENU LABEL     its menu entry (MENU: tags, properties,
+//                         functions or examples)
 // The open-file dialog takes a line "files: PATH; PATH" (none: cancelled).
 // A window without a line of its own adds "unanswered: KIND" to the file
 // and is closed. Without the variable nothing of this is active.

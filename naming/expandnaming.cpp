@@ -124,23 +124,29 @@ void DefuseDotNames(clString& value) {
 
 // Step 2: no value may break the syntax or make a folder, apart from the
 // path items and the extras, which are meant to.
+// One value as it may land in a path: quoted, and unless it may make
+// folders, no dot-only name and no separator.
+void QuoteValue(clString& value, bool mayMakeFolders, bool isPathItem, const clPathSyntax& syntax) {
+    QuoteNamingText(value);
+    if (!mayMakeFolders) DefuseDotNames(value);
+    if (syntax.IsWindows()) {
+        if (!mayMakeFolders) value.Replace(u"\\", u"-");
+    } else if (!mayMakeFolders) {
+        value.Replace(u"\\", u"-");
+        value.Replace(u"/", u"-");
+    } else {
+        // A backslash in a POSIX name is a character, not a separator.
+        if (isPathItem) value.Replace(u"\\", u"-");
+        value.Replace(u"/", u"\\");
+    }
+}
+
 void QuoteValues(clTagList& tags, const clStringList* extrasNames, const clPathSyntax& syntax) {
     for (int64_t i = 0; i < tags.Count(); ++i) {
         clTagItem& item = tags[i];
-        QuoteNamingText(item.value);
         bool mayMakeFolders =
             IsPathItem(item.name) || (extrasNames != nullptr && extrasNames->Find(item.name.text, true));
-        if (!mayMakeFolders) DefuseDotNames(item.value);
-        if (syntax.IsWindows()) {
-            if (!mayMakeFolders) item.value.Replace(u"\\", u"-");
-        } else if (!mayMakeFolders) {
-            item.value.Replace(u"\\", u"-");
-            item.value.Replace(u"/", u"-");
-        } else {
-            // A backslash in a POSIX name is a character, not a separator.
-            if (IsPathItem(item.name)) item.value.Replace(u"\\", u"-");
-            item.value.Replace(u"/", u"\\");
-        }
+        QuoteValue(item.value, mayMakeFolders, IsPathItem(item.name), syntax);
     }
 }
 
@@ -183,15 +189,24 @@ clString DropLeadingZero(clString value) {
     return value;
 }
 
+// A number item: the first value of the tag as given, split at its "/"
+// before anything replaces that "/", and only then quoted for the path.
+clString NumberItem(const clTagList& given, const char16_t* name, bool wantTotal, const clPathSyntax& syntax) {
+    clString value = NumberPart(FirstValue(given.GetTagValue(name)), wantTotal);
+    QuoteValue(value, false, false, syntax);
+    return value;
+}
+
 // The value an item stands for.
-clString ItemValue(clItemKind kind, bool isItem, const char16_t* key, const clTagList& tags) {
+clString ItemValue(clItemKind kind, bool isItem, const char16_t* key, const clTagList& tags, const clTagList& given,
+                   const clPathSyntax& syntax) {
     switch (kind) {
-        case clItemKind::Track: return PadToTwo(NumberPart(tags.GetTagValue(u"track"), false));
-        case clItemKind::TrackUnpadded: return DropLeadingZero(NumberPart(tags.GetTagValue(u"track"), false));
-        case clItemKind::TrackTotal: return PadToTwo(NumberPart(tags.GetTagValue(u"track"), true));
-        case clItemKind::TrackTotalUnpadded: return DropLeadingZero(NumberPart(tags.GetTagValue(u"track"), true));
-        case clItemKind::Disc: return NumberPart(tags.GetTagValue(u"disc"), false);
-        case clItemKind::DiscTotal: return NumberPart(tags.GetTagValue(u"disc"), true);
+        case clItemKind::Track: return PadToTwo(NumberItem(given, u"track", false, syntax));
+        case clItemKind::TrackUnpadded: return DropLeadingZero(NumberItem(given, u"track", false, syntax));
+        case clItemKind::TrackTotal: return PadToTwo(NumberItem(given, u"track", true, syntax));
+        case clItemKind::TrackTotalUnpadded: return DropLeadingZero(NumberItem(given, u"track", true, syntax));
+        case clItemKind::Disc: return NumberItem(given, u"disc", false, syntax);
+        case clItemKind::DiscTotal: return NumberItem(given, u"disc", true, syntax);
         case clItemKind::Tag: break;
     }
     clString name(key);
@@ -256,7 +271,8 @@ private:
 
 // Step 5: items, then the extras' names, each key as long as it is found.
 // The keys are lower case, and the text is searched lowered.
-void ExpandItems(clString& text, const clTagList& tags, const clStringList* extrasNames) {
+void ExpandItems(clString& text, const clTagList& tags, const clTagList& given, const clStringList* extrasNames,
+                 const clPathSyntax& syntax) {
     clBound bound;
     clKeySearch search(text);
     int64_t extras = extrasNames != nullptr ? extrasNames->Count() : 0;
@@ -270,7 +286,7 @@ void ExpandItems(clString& text, const clTagList& tags, const clStringList* extr
             int32_t at = search.Find(key, keyLength);
             if (at == 0) break;
             text.Delete(at, at + keyLength - 1);
-            text.Insert(ItemValue(kind, isItem, key, tags), at);
+            text.Insert(ItemValue(kind, isItem, key, tags, given, syntax), at);
             search.Refresh(text);
         }
     }
@@ -362,7 +378,7 @@ clString ExpandNaming(const clString& naming, const clTagList& tags, const clStr
     QuoteValues(quoted, extrasNames, syntax);
     NormaliseCompilation(quoted);
     UnwrapOperands(text);
-    ExpandItems(text, quoted, extrasNames);
+    ExpandItems(text, quoted, tags, extrasNames, syntax);
     ExpandTagForm(text, quoted, u"[tag]", clTagForm::Single);
     ExpandTagForm(text, quoted, u"[multitag]", clTagForm::Multi);
     ExpandTagForm(text, quoted, u"[tags]", clTagForm::Delimited);

@@ -340,7 +340,8 @@ clString RunNamingFunction(int token, clString& arguments, const clNamingContext
         }
         case kIfMulti:
         case kIfNotMulti: {
-            bool yes = IsMultiDisc(context.quoted.GetTagValue(u"disc"));
+            // The tag as given: its "/" is what separates the total.
+            bool yes = IsMultiDisc(FirstValue(context.given.GetTagValue(u"disc")));
             clString text = NextArgument(arguments, true);
             return yes == (token == kIfMulti) ? text : clString();
         }

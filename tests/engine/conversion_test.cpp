@@ -77,6 +77,15 @@ protected:
         c.Tick();
         RunWorkers(longest);
     }
+    // Steps on until the conversion closes. The batch's end runs on a real
+    // thread, which a loaded machine (Wine, tests in parallel) may keep
+    // busy for many fake ticks: this waits for it in real time, up to 20 s.
+    void StepUntilClosed(clConversion& c) {
+        for (int i = 0; i < 10000 && !c.closed; ++i) {
+            Step(c);
+            if (!c.closed) PlatformSleep(2);
+        }
+    }
 };
 
 std::u16string InFile(const FakeWorkerState& w) { return OptionOf(w.commandText, u"infile"); }
@@ -146,7 +155,7 @@ TEST_F(ConversionTest, FailedJobIsLoggedAndTheBatchGoesOnThenTheLogsShowAtOnce) 
     launcher.started[1]->err = u"Unsupported file\r\n";
     launcher.started[1]->out = u"a note\r\n";
     for (auto& w : launcher.started) w->ended = true;
-    for (int i = 0; i < 100 && !c.closed; ++i) Step(c);
+    StepUntilClosed(c);
     ASSERT_TRUE(c.closed);
     ASSERT_EQ(c.errors.Count(), 1);
     EXPECT_EQ(U(c.errors[0].sourcePath), U(input.Source(1).path));
@@ -195,7 +204,7 @@ TEST_F(ConversionTest, PauseStopsDispatchAndTheClockThenCancelReleasesIt) {
     ASSERT_TRUE(cancel.Create(c.slots[0].cancelEvent.name.text));
     EXPECT_TRUE(cancel.IsSet());
     for (auto& w : launcher.started) w->ended = true;
-    for (int i = 0; i < 10 && !c.closed; ++i) Step(c);
+    StepUntilClosed(c);
     EXPECT_TRUE(c.closed);
     EXPECT_EQ(launcher.started.size(), 3u) << "nothing starts after a cancel";
 }
@@ -437,7 +446,7 @@ TEST_F(ConversionTest, EachStoredPriorityReachesTheWorkersStartedAfterIt) {
         EXPECT_EQ(GetSettingNumber(u"qvtPriority"), static_cast<uint32_t>(next));
         c.RequestCancel();
         for (auto& w : launcher.started) w->ended = true;
-        for (int i = 0; i < 100 && !c.closed; ++i) Step(c);
+        StepUntilClosed(c);
     }
     SetSettingNumber(0, u"qvtPriority");
 }

@@ -105,6 +105,23 @@ TEST_F(WindowRunTest, FilesOnTheCommandLineOpenTheOptionsWindowWhoseChoicesConve
     }
 }
 
+// A naming written in the naming editor, from a field and a menu, is the
+// one the outputs get.
+TEST_F(WindowRunTest, ANamingWrittenInTheEditorNamesTheOutputs) {
+    clStringList arguments;
+    arguments.Add(Source(u"a.wav", 1));
+    clString base(out);
+    WriteBytes(script, "options: encoder Wave; outputcommand Edit Dynamic Naming; press 1\n"
+                       "naming: base " + Utf8(base) + "; naming [origfilename] take; insert tags Track number; press 1\n");
+    EXPECT_EQ(Run(ProgramPath(u"TrackConverter"), arguments), 0) << ReadBytes(dir.File(u"run.log"));
+    EXPECT_EQ(ReadBytes(script), "") << "both windows were answered";
+    EXPECT_FALSE(ReadBytes(JoinPath(out, clString(u"a take.wav"))).empty())
+        << "an untagged source has no track number: the item adds nothing";
+    EXPECT_EQ(U(GetSettingText(kEntryNamingSetting.name, settingsRootHive,
+                               EntryKeyPath(clString(u"Wave"), clString()).text)),
+              u"[origfilename] take[track]");
+}
+
 // Without files the open dialog asks first; its files go on to the options
 // window and the folder is remembered.
 TEST_F(WindowRunTest, WithoutFilesTheOpenDialogAsksFirst) {

@@ -278,3 +278,17 @@ TEST(ExpandNaming, EveryExpansionEnds) {
                                     {{u"title", std::u16string(2000, u'a').c_str()}});
     EXPECT_EQ(doubled.size(), 16u * 2000);  // the inner one fits, the outer one is refused
 }
+
+// Number items split the first value of the tag as it was written: the
+// "/" before its total is no folder and no "-", and a second value is
+// never part of the number.
+TEST(ExpandNaming, NumberItemsTakeTheFirstValueBeforeTheTotal) {
+    Tags tags = {{u"track", u"1/10"}, {u"disc", u"2/3"}};
+    EXPECT_EQ(Expand(u"[track] [track_unpad] [track_total] [track_total_unpad]", tags), u"01 1 10 10");
+    EXPECT_EQ(Expand(u"[disc] [disc_total]", tags), u"2 3");
+    EXPECT_EQ(Expand(u"[IFMULTI]multi[][IF!MULTI]single[]", tags), u"multi");
+    EXPECT_EQ(Expand(u"[IFMULTI]multi[][IF!MULTI]single[]", {{u"disc", u"1/1"}}), u"single");
+    EXPECT_EQ(Expand(u"[track]", {{u"track", u"3\r4"}}), u"03") << "only the first of several values";
+    EXPECT_EQ(Expand(u"[track]", {{u"track", u"a/b\\c/9"}}), u"0a") << "padded as any one character is";
+    EXPECT_EQ(Expand(u"[disc_total]", {{u"disc", u"1/x\\y"}}), u"x-y");
+}

@@ -418,7 +418,20 @@ void EditSetSelection(clWindowHandle edit, int32_t start, int32_t end) {
         int last = end < 0 || end > length ? length : end;
         line->setSelection(start, last - start);
     } else if (auto* lines = qobject_cast<QPlainTextEdit*>(widget)) {
-        if (start == 0 && end < 0) lines->selectAll();
+        // As Win32's edits: -1 as the start takes the selection away and
+        // puts the caret at the end; -1 as the end runs to the end.
+        QTextCursor cursor = lines->textCursor();
+        cursor.movePosition(QTextCursor::End);
+        int length = cursor.position();
+        if (start < 0) {
+            lines->setTextCursor(cursor);
+            return;
+        }
+        int first = std::min(static_cast<int>(start), length);
+        int last = end < 0 || end > length ? length : static_cast<int>(end);
+        cursor.setPosition(first);
+        cursor.setPosition(std::max(first, last), QTextCursor::KeepAnchor);
+        lines->setTextCursor(cursor);
     }
 }
 
@@ -431,11 +444,19 @@ void EditGetSelection(clWindowHandle edit, int32_t& start, int32_t& end) {
         } else {
             start = end = line->cursorPosition();
         }
+    } else if (auto* lines = qobject_cast<QPlainTextEdit*>(WidgetOf(edit))) {
+        QTextCursor cursor = lines->textCursor();
+        start = cursor.selectionStart();
+        end = cursor.selectionEnd();
     }
 }
 
 void EditReplaceSelection(clWindowHandle edit, const clString& text) {
-    if (QLineEdit* line = LineEditOf(WidgetOf(edit))) line->insert(ToQString(text));
+    if (QLineEdit* line = LineEditOf(WidgetOf(edit))) {
+        line->insert(ToQString(text));
+    } else if (auto* lines = qobject_cast<QPlainTextEdit*>(WidgetOf(edit))) {
+        lines->insertPlainText(ToQString(text));
+    }
 }
 
 int32_t ComboAddItem(clWindowHandle combo, const clString& text) {
