@@ -2,7 +2,6 @@
 
 #include "foundation/messagebox.h"
 #include "foundation/pathtext.h"
-#include "frontend/effectrows.h"
 #include "plugins/codechandler.h"
 #include "plugins/encoderentries.h"
 #include "plugins/optionfields.h"
@@ -92,8 +91,9 @@ intptr_t dlgMultiItem::OnCreate() {
     namingField = CreateControl(kControlEdit, windowHandle, kIdItemNaming, item.namingRule,
                                 clRect::Sized(U(kFieldLeft), U(kOutputTop + 32), fieldWidth, U(24)));
 
-    effectList.Create(windowHandle, U(kMargin), U(kEffectsTop), U(330), U(65), true, false);
-    FillEffectRows(effectList, item.dspEffects);
+    effectList.Create(windowHandle, U(kMargin), U(kEffectsTop), U(330), U(65), true, true);
+    effects.Attach(effectList, windowHandle);
+    effects.Load(item.dspEffects);
     addButton = CreateControl(kControlButton, windowHandle, kIdItemAddEffect, u"Add",
                               clRect::Sized(right - U(72), U(kEffectsTop), U(72), U(26)));
     int32_t buttonTop = U(kHeight - kMargin - 26);
@@ -167,6 +167,8 @@ bool dlgMultiItem::ChooseEncoder(const clString& name) {
 intptr_t dlgMultiItem::OnCommand(uint32_t id, clWindowHandle, uint32_t notifyCode) {
     if (id == kIdItemEncoder && notifyCode == kCbnSelChange) {
         ShowPage();
+    } else if (id == kIdItemAddEffect && notifyCode == kBnClicked) {
+        effects.ShowMenu(addButton);
     } else if (id == kIdItemBrowse && notifyCode == kBnClicked) {
         clString folder = askFolder != nullptr
                               ? askFolder(*this)
@@ -201,6 +203,7 @@ intptr_t dlgMultiItem::OnIdOk() {
     item.encoderName = pageEncoder;
     item.folder = folder;
     item.namingRule = naming;
+    item.dspEffects = effects.Stored();
     EndModal(1);
     return 0;
 }

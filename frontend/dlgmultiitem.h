@@ -10,6 +10,7 @@
 #include "engine/multiencoder.h"
 #include "foundation/clstring.h"
 #include "foundation/stringlist.h"
+#include "frontend/effectchain.h"
 #include "frontend/settingspage.h"
 #include "toolkit/valuelist.h"
 #include "toolkit/xwindow.h"
@@ -36,6 +37,7 @@ public:
     clWindowHandle addButton = nullptr;
     clWindowHandle okButton = nullptr;
     XValueList effectList;
+    clEffectChain effects;  // the item's own effects, in effectList
     // For tests: choosing a folder asks this instead of a dialog; an
     // empty answer is a cancel.
     clString (*askFolder)(dlgMultiItem& dialog) = nullptr;

@@ -17,7 +17,7 @@
 #include "foundation/settings.h"
 #include "foundation/specialfolder.h"
 #include "frontend/dlgnaming.h"
-#include "frontend/effectrows.h"
+#include "frontend/effectchain.h"
 #include "frontend/frmlistnrename.h"
 #include "frontend/frmnewprofile.h"
 #include "naming/highlight.h"
@@ -162,6 +162,7 @@ intptr_t frmConvertToOpt::OnCreate() {
     }
 
     effectList.Create(windowHandle, U(kMargin), U(kEffectsTop), U(320), U(65), true, true);
+    effects.Attach(effectList, windowHandle);
     addButton = CreateControl(kControlButton, windowHandle, kIdAddEffect, u"Add",
                               clRect::Sized(right - U(72), U(kEffectsTop), U(72), U(26)));
     int32_t buttonTop = U(kHeight - kMargin - 26);
@@ -362,13 +363,13 @@ void frmConvertToOpt::ShowEffects() {
         effectList.AddNoteRow(u"<set DSP effects on each multi-encoder settings page>", kGreyText);
         return;
     }
-    FillEffectRows(effectList, effectText);
+    effects.Load(effectText);
 }
 
 void frmConvertToOpt::SaveEntrySettings(const clString& entry) {
     clString key = EntryKeyPath(entry, globalProfile);
     SaveEntryOutput(key, SelectedOutput());
-    SetSettingText(entry.EqualsNoCase(kMultiEncoder) ? clString() : effectText, kEntryEffectsSetting.name,
+    SetSettingText(entry.EqualsNoCase(kMultiEncoder) ? clString() : effects.Stored(), kEntryEffectsSetting.name,
                    settingsRootHive, key.text);
 }
 
@@ -552,7 +553,8 @@ void frmConvertToOpt::OpenListAndRename() {
     clString folder, naming;
     LoadOutputSettings(EntryKeyPath(entry, globalProfile), folder, naming);
     int32_t answer = 0;
-    frmListNRename window(&answer, input->sources, EncoderOfProfile(entry), folder, PageOptions(), naming, effectText);
+    frmListNRename window(&answer, input->sources, EncoderOfProfile(entry), folder, PageOptions(), naming,
+                           entry.EqualsNoCase(kMultiEncoder) ? clString() : effects.Stored());
     window.Run(windowHandle);
     UpdateFileCount();
 }
@@ -589,9 +591,9 @@ intptr_t frmConvertToOpt::OnCommand(uint32_t id, clWindowHandle, uint32_t notify
     if (notifyCode != kBnClicked) return 0;
     if (multiPage.IsShown() && multiPage.OnCommand(id)) return 0;
     if (id == kIdFileCount) OpenListAndRename();
-    // Choosing effects comes with the effect selection; until then the
-    // button has nothing to offer.
-    if (id == kIdAddEffect) return 0;
+    if (id == kIdAddEffect && WindowIsEnabled(addButton)) {
+        if (!cmbEncoders.ItemText(SelectedEncoderRow()).EqualsNoCase(kMultiEncoder)) effects.ShowMenu(addButton);
+    }
     if (id == kIdCloseCorner) closeRequested = true;
     if (id == kIdHelpCorner) PlatformOpenDocument(JoinPath(GetProgramFolder(), clString(u"Help\\qvt\\qvt.htm")));
     return 0;

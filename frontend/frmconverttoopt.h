@@ -19,6 +19,7 @@
 #include "plugins/xdll.h"
 #include "toolkit/droplist.h"
 #include "toolkit/tooltip.h"
+#include "frontend/effectchain.h"
 #include "toolkit/valuelist.h"
 #include "toolkit/xwindow.h"
 
@@ -69,7 +70,8 @@ public:
     XToolTip outputTip;
     XToolTip noticeTip;
     XValueList effectList;
-    clString effectText;  // the stored effect string of the entry on show
+    clEffectChain effects;  // what effectList holds, edited by the "Add" menu
+    clString effectText;    // the stored effect string of the entry as it was loaded
     clEncoderRows rows;   // the encoder list's records, row for row
     clPointerArray icons;  // clImageHandle, owned: the lists' icons
     clConversionInput* input;

@@ -2,7 +2,11 @@
 
 #include <cstring>
 
+#include "foundation/findfiles.h"
 #include "foundation/log.h"
+#include "foundation/pathtext.h"
+#include "foundation/platform/dynlib.h"
+#include "foundation/stringlist.h"
 #include "plugins/xdll.h"
 
 namespace {
@@ -41,6 +45,18 @@ bool clQvCodecHandler::LoadDSP(const clString& name, clQvDSP& dsp, const qv_log_
 clString EncoderLibraryPath(const clString& name) { return PluginLibraryPath(u"encoder", name); }
 
 clString DSPLibraryPath(const clString& name) { return PluginLibraryPath(u"DSPs", name); }
+
+void ListEffectLibraries(clStringList& names) {
+    names.Clear();
+    clString pattern(u"*", PlatformLibrarySuffix());
+    clFindFiles find(pattern, JoinPath(GetProgramFolder(), clString(u"DSPs")));
+    while (find.Next()) {
+        if (find.IsFolder()) continue;
+        clString name = GetFileBaseName(find.fullName);
+        if (!name.IsEmpty() && name.CharAt(1) != u'_') names.Add(name);
+    }
+    names.Sort(true);
+}
 
 clString EncoderExtension(const clString& name) {
     clQvEncoder encoder;

@@ -10,6 +10,7 @@
 #include "plugins/quillotone_plugin.h"
 
 class clQvEncoder;
+class clStringList;
 class clQvDSP;
 
 class clQvCodecHandler {
@@ -24,6 +25,10 @@ public:
 
 clString EncoderLibraryPath(const clString& name);
 clString DSPLibraryPath(const clString& name);
+// The effects a user can pick: the libraries in "DSPs" by base name,
+// sorted ignoring case. A name that begins with "_" is an effect the
+// program adds itself, never offered.
+void ListEffectLibraries(clStringList& names);
 // The extension (with its dot) that the named encoder writes; empty when
 // the library can't be loaded or gives no answer.
 clString EncoderExtension(const clString& name);

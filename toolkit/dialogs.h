@@ -17,6 +17,11 @@ class clStringList;
 // False on cancel, with `chosen` empty.
 QV_TOOLKIT_API bool ChooseFiles(clWindowHandle owner, const clString& title, const clStringList& filters,
                                 const clString& initialFolder, clStringList& chosen);
+// Asks where to save a file: one filter line as for ChooseFiles; a name
+// typed without an extension gets `defaultExtension` (no dot), and an
+// existing file is replaced only once the user agreed. Empty on cancel.
+QV_TOOLKIT_API clString ChooseSaveFile(clWindowHandle owner, const clString& title, const clString& filter,
+                                       const clString& defaultExtension);
 // Asks for a folder; empty on cancel.
 QV_TOOLKIT_API clString ChooseFolder(clWindowHandle owner, const clString& title);
 

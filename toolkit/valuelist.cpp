@@ -289,6 +289,17 @@ void XValueList::Clear() {
     if (listHandle != nullptr) ListClear(listHandle);
 }
 
+void XValueList::DeleteRow(int32_t row) {
+    clValueRow* found = Row(row);
+    if (found == nullptr) return;
+    control.Close();
+    if (found->icon != nullptr) DestroyImage(found->icon);
+    delete found;
+    rows.RemoveAt(row);
+    rowNames.RemoveAt(row);
+    if (listHandle != nullptr) ListDeleteRow(listHandle, row);
+}
+
 clString XValueList::GetValue(int32_t row) {
     if (control.row == row) control.Commit();
     clValueRow* found = Row(row);

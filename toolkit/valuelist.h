@@ -140,6 +140,8 @@ public:
     // say), over as many lines as the text needs.
     int32_t AddNoteRow(const char16_t* text, uint32_t color);
     void Clear();
+    // Takes one row out; the rows behind it move up.
+    void DeleteRow(int32_t row);
     int32_t RowCount() const { return static_cast<int32_t>(rows.count); }
     clValueRow* Row(int32_t row) const;
     // The value, after committing any open editor.

@@ -178,6 +178,15 @@ constexpr const char* kOptionHelp =
     "-channels=\"1..8\"   the output's channel count\n"
     "-max=\"1..8\"        mix down only a stream with more channels than this\n";
 
+// Its settings page.
+constexpr qvc::OptionSpec kOptionSpecs[] = {
+    {"channels", qvc::OptionKind::Choice, "",
+     "=As the source,1=1 (mono),2=2 (stereo),3=3,4=4,5=5,6=6 (5.1),7=7,8=8 (7.1)", "Channels",
+     "the output's channel count"},
+    {"max", qvc::OptionKind::Choice, "", "=No limit,1=1 (mono),2=2 (stereo),3=3,4=4,5=5,6=6 (5.1),7=7,8=8 (7.1)",
+     "At most", "mix down only a stream with more channels than this"},
+};
 }  // namespace
 
+#define QVC_EFFECT_HAS_SPECS
 #include "codecs/common/effectexports.h"

@@ -13,10 +13,14 @@
 //     bool BatchEnd(const qv_batch_end_record& record)
 //   kTwoPass   whether it wants an analysis pass first
 //   kOptionHelp  what its settings take, for "qvt plugins"
+// and, for a settings page, kOptionSpecs (optionspec.h) with
+// QVC_EFFECT_HAS_SPECS defined ahead of this file.
 // EffectBase gives the ones an effect has no use for.
 #pragma once
 
+#include <iterator>
 #include <new>
+#include <string>
 
 #include "codecs/common/codecsupport.h"
 
@@ -46,6 +50,14 @@ QV_EXPORT int32_t DSP_Get(uint64_t handle, const qv_char* key, qv_query_record* 
     if (qvc::KeyIs(key, "BatchEndConversion")) {
         return self->BatchEnd(*reinterpret_cast<const qv_batch_end_record*>(record)) ? 1 : 0;
     }
+#ifdef QVC_EFFECT_HAS_SPECS
+    if (qvc::KeyIs(key, "OptionSpec")) {
+        static const std::u16string spec = qvc::FromAscii(
+            qvc::OptionSpecText(qvc::OptionTable{kOptionSpecs, std::size(kOptionSpecs), nullptr}).c_str());
+        record->text1 = spec.c_str();
+        return 1;
+    }
+#endif
     int32_t shared = qvc::AnswerShared(key, record, self->error, self->errorAnswer, kOptionHelp);
     return shared < 0 ? 0 : shared;
 }

@@ -6,7 +6,7 @@
 // rate change itself.
 //
 // Settings:
-//   -rate="N"   the output rate in Hz, 1,000 to 768,000
+//   -rate="N"   the output rate in Hz, 1,000 to 768,000; 44,100 when not given
 #include <soxr.h>
 
 #include <algorithm>
@@ -35,7 +35,9 @@ struct Effect : qvc::EffectBase {
         if (record.format == nullptr) return true;
         qv_audio_format& format = *record.format;
         std::u16string rateText = qvc::Option(settings, u"rate");
-        long rate = std::atol(qvc::ToUtf8(rateText).c_str());
+        // Not given: the rate of most music on disc, as the settings page
+        // shows it.
+        long rate = rateText.empty() ? 44100 : std::atol(qvc::ToUtf8(rateText).c_str());
         if (rate < 1000 || rate > 768000) return Fail("-rate takes 1,000 to 768,000 Hz");
         channels = format.channels;
         pending.clear();
@@ -105,8 +107,13 @@ struct Effect : qvc::EffectBase {
 
 constexpr bool kTwoPass = false;
 // What "qvt plugins" shows of the options (see the top of this file).
-constexpr const char* kOptionHelp = "-rate=\"N\"   the output rate in Hz, 1,000 to 768,000\n";
+constexpr const char* kOptionHelp = "-rate=\"N\"   the output rate in Hz, 1,000 to 768,000; 44,100 when not given\n";
 
+// Its settings page.
+constexpr qvc::OptionSpec kOptionSpecs[] = {
+    {"rate", qvc::OptionKind::Integer, "44100", "1000..768000", "Rate (Hz)", "the output rate in Hz"},
+};
 }  // namespace
 
+#define QVC_EFFECT_HAS_SPECS
 #include "codecs/common/effectexports.h"

@@ -109,6 +109,14 @@ constexpr const char* kOptionHelp =
     "-target=\"dB\"            dBFS for peak (-1 when not given), LUFS for\n"
     "                        loudness (-23 when not given)\n";
 
+// Its settings page.
+constexpr qvc::OptionSpec kOptionSpecs[] = {
+    {"mode", qvc::OptionKind::Choice, "peak", "peak=Peak level,loudness=Loudness (EBU R128)", "Normalize by",
+     "peak or loudness"},
+    {"target", qvc::OptionKind::Decimal, "", "-70..0", "Target (dB)",
+     "dBFS for peak, LUFS for loudness; -1 and -23 when not given"},
+};
 }  // namespace
 
+#define QVC_EFFECT_HAS_SPECS
 #include "codecs/common/effectexports.h"

@@ -503,3 +503,105 @@ TEST_F(OptionsTest, TheMultiEncodersItemsAreEditedOnItsPageAndStoredForTheRun) {
     ASSERT_EQ(again.multiPage.list.RowCount(), 1);
     EXPECT_EQ(U(again.multiPage.list.Row(0)->name), u"1. Wave");
 }
+
+namespace {
+
+// The "Add" menu answers with the entry of this text, in the menu or its
+// "Add DSP Effect" submenu; the states of the entries are kept.
+const char16_t* menuChoice = nullptr;
+std::vector<std::u16string> disabledEntries;
+uint32_t ChooseMenuText(const clMenu& menu, void*) {
+    disabledEntries.clear();
+    uint32_t chosen = 0;
+    for (int64_t i = 0; i < menu.Count(); ++i) {
+        if (!menu[i].enabled) disabledEntries.push_back(U(menu[i].text));
+        if (menu[i].text.Equals(menuChoice)) chosen = menu[i].id;
+        if (clMenu* sub = menu[i].submenu) {
+            for (int64_t j = 0; j < sub->Count(); ++j) {
+                if ((*sub)[j].text.Equals(menuChoice)) chosen = (*sub)[j].id;
+                EXPECT_NE((*sub)[j].text.CharAt(1), u'_') << "a library of the program's own is never offered";
+            }
+        }
+    }
+    return chosen;
+}
+// The settings window's answer: each effect gets its own made-up settings.
+clString AnswerSettings(const clString& name, const clString& settings) {
+    if (name.Equals(u"Bit Depth")) return clString(u"-bits=\"24\"");
+    if (name.Equals(u"Channel Count")) return settings.IsEmpty() ? clString(u"-channels=\"1\"") : clString(u"-channels=\"2\"");
+    return clString(u"-set=\"genre=Test \"quoted\"\"");
+}
+clString effectFile;
+clString SavePath() { return effectFile; }
+
+}  // namespace
+
+// The effect chain of the entry: added from the menu at the selected row,
+// set on its settings window, removed, saved to a file, cleared, loaded
+// again, and stored with the entry for the run.
+TEST_F(OptionsTest, EffectsAreAddedSetOrderedSavedAndLoaded) {
+    input.AddSource(Source(u"one.wav"), true);
+    frmConvertToOpt form(input);
+    ASSERT_TRUE(form.Open(nullptr));
+    ChooseEncoder(form, u"Wave");
+    clEffectChain& chain = form.effects;
+    chain.editSettings = AnswerSettings;
+    effectFile = dir.File(u"chain.dspeffect");
+    chain.askSavePath = SavePath;
+    chain.askLoadPath = SavePath;
+    SetMenuHandler(ChooseMenuText, nullptr);
+    auto menu = [&](const char16_t* text) {
+        menuChoice = text;
+        form.OnCommand(kIdAddEffect, form.addButton, kBnClicked);
+    };
+
+    menu(u"none: look at the states");
+    EXPECT_EQ(disabledEntries, (std::vector<std::u16string>{u"Remove Selected", u"Clear All", u"Save"}));
+    menu(u"Bit Depth");
+    menu(u"ID Tag Processing");
+    ASSERT_EQ(form.effectList.RowCount(), 2);
+    form.effectList.SelectRow(0);
+    menu(u"Channel Count");  // the selected row isn't the last: it goes in there
+    ASSERT_EQ(form.effectList.RowCount(), 3);
+    EXPECT_EQ(U(form.effectList.Row(0)->name), u"Channel Count");
+    EXPECT_EQ(U(form.effectList.Row(1)->name), u"Bit Depth");
+    EXPECT_EQ(U(form.effectList.Row(2)->name), u"ID Tag Processing");
+    EXPECT_EQ(form.effectList.SelectedRow(), 0);
+    EXPECT_EQ(U(form.effectList.Row(1)->buttonText), u"Settings");
+
+    form.effectList.SelectRow(0);
+    chain.OpenSettings(0);
+    EXPECT_EQ(U(form.effectList.Row(0)->value), u"-channels=\"2\"") << "the settings window's answer is kept";
+    clString stored = chain.Stored();
+    EXPECT_EQ(U(stored), u"-dspeffect1=\"Channel Count=-channels={qt}2{qt}\" -dspeffect2=\"Bit Depth=-bits={qt}24{qt}\" "
+                         u"-dspeffect3=\"ID Tag Processing=-set={qt}genre=Test {qt}quoted{qt}{qt}\"");
+
+    menu(u"Save");
+    std::string bytes = ReadBytes(effectFile);
+    ASSERT_EQ(bytes.size(), static_cast<size_t>(stored.Length()) * 2) << "UTF-16, no mark, no line end";
+    EXPECT_EQ(bytes.substr(0, 4), std::string("-\0d\0", 4));
+
+    form.effectList.SelectRow(2);
+    menu(u"Remove Selected");
+    EXPECT_EQ(form.effectList.RowCount(), 2);
+    EXPECT_EQ(form.effectList.SelectedRow(), -1) << "the last row gone, nothing is selected";
+    SetMessageBoxHandler([](const clString& text, const clString&, uint32_t) {
+        EXPECT_EQ(U(text), u"Clear All?");
+        return clIdYes;
+    });
+    menu(u"Clear All");
+    SetMessageBoxHandler(nullptr);
+    EXPECT_EQ(form.effectList.RowCount(), 0);
+
+    menu(u"Load");
+    EXPECT_EQ(U(chain.Stored()), U(stored)) << "saved and loaded, the same effects in the same order";
+    // A file that starts with a byte-order mark loads as well.
+    WriteBytes(effectFile, std::string("\xFF\xFE", 2) + bytes);
+    form.effectList.Clear();
+    menu(u"Load");
+    EXPECT_EQ(U(chain.Stored()), U(stored));
+    SetMenuHandler(nullptr, nullptr);
+
+    form.OnIdOk();
+    EXPECT_EQ(U(Stored(u"Wave", kEntryEffectsSetting.name)), U(stored)) << "the chain is stored with the entry";
+}

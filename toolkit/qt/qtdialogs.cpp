@@ -2,6 +2,7 @@
 // window widget (clQtWindow turns a drop of local files into kWmDropFiles
 // with the path list as wParam).
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QStringList>
 
 #include "foundation/stringlist.h"
@@ -28,6 +29,22 @@ bool ChooseFiles(clWindowHandle owner, const clString& title, const clStringList
                                                       lines.join(QStringLiteral(";;")));
     for (const QString& file : files) chosen.Add(FromQString(file));
     return chosen.Count() > 0;
+}
+
+clString ChooseSaveFile(clWindowHandle owner, const clString& title, const clString& filter,
+                        const clString& defaultExtension) {
+    QString entry = ToQString(filter);
+    qsizetype cr = entry.indexOf(QChar(u'\r'));
+    QString shown = cr < 0 ? entry : entry.left(cr);
+    QString patterns = cr < 0 ? QStringLiteral("*") : entry.mid(cr + 1);
+    patterns.replace(QChar(u';'), QChar(u' '));
+    shown.replace(QChar(u'('), QChar(u'[')).replace(QChar(u')'), QChar(u']'));
+    QString file = QFileDialog::getSaveFileName(WidgetOf(owner), ToQString(title), QString(),
+                                                shown + QStringLiteral(" (") + patterns + QStringLiteral(")"));
+    if (file.isEmpty()) return clString();
+    QString extension = ToQString(defaultExtension);
+    if (!extension.isEmpty() && QFileInfo(file).suffix().isEmpty()) file += QStringLiteral(".") + extension;
+    return FromQString(file);
 }
 
 clString ChooseFolder(clWindowHandle owner, const clString& title) {

@@ -65,6 +65,30 @@ bool ChooseFiles(clWindowHandle owner, const clString& title, const clStringList
     return chosen.Count() > 0;
 }
 
+clString ChooseSaveFile(clWindowHandle owner, const clString& title, const clString& filter,
+                        const clString& defaultExtension) {
+    std::wstring filterText(Wide(filter));
+    for (wchar_t& c : filterText) {
+        if (c == L'\r') c = L'\0';
+    }
+    filterText.push_back(L'\0');
+    filterText.push_back(L'\0');
+    std::vector<wchar_t> name(32 * 1024, L'\0');
+    std::wstring extension(Wide(defaultExtension));
+    OPENFILENAMEW dialog{};
+    dialog.lStructSize = sizeof dialog;
+    dialog.hwndOwner = HwndOf(owner);
+    dialog.lpstrFilter = filterText.c_str();
+    dialog.lpstrFile = name.data();
+    dialog.nMaxFile = static_cast<DWORD>(name.size());
+    dialog.lpstrTitle = Wide(title);
+    dialog.lpstrDefExt = extension.empty() ? nullptr : extension.c_str();
+    // Explorer style, ask before replacing, no read-only box.
+    dialog.Flags = 0x80006;
+    if (!GetSaveFileNameW(&dialog)) return clString();
+    return FromWide(name.data());
+}
+
 clString ChooseFolder(clWindowHandle owner, const clString& title) {
     BROWSEINFOW browse{};
     browse.hwndOwner = HwndOf(owner);
