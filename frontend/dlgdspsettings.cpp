@@ -14,6 +14,7 @@ constexpr int32_t kWidth = 460;
 constexpr int32_t kMargin = 12;
 constexpr int32_t kTop = 14;
 constexpr int32_t kTextWidth = 600;
+constexpr int32_t kEffectPageWidth = 560;
 constexpr int32_t kHelpLineHeight = 18;
 
 }  // namespace
@@ -24,11 +25,15 @@ dlgDSPSettings::~dlgDSPSettings() { DestroyWindowObject(); }
 
 bool dlgDSPSettings::Open(clWindowHandle owner) {
     libraryFound = PathExists(DSPLibraryPath(effectName));
-    clString spec = libraryFound ? OptionSpecOfLibrary(effectName, true) : clString();
+    pageKind = libraryFound ? clEffectPage::KindOf(effectName) : kNoEffectPage;
+    clString spec = libraryFound && pageKind == kNoEffectPage ? OptionSpecOfLibrary(effectName, true) : clString();
     if (!spec.IsEmpty()) ParseOptionSpec(spec, page.fields);
     int32_t height = kTop + 66;  // the OK button and room above it
     int32_t width = kWidth;
-    if (page.fields.Count() > 0) {
+    if (pageKind != kNoEffectPage) {
+        height += clEffectPage::Height(pageKind);
+        width = kEffectPageWidth;
+    } else if (page.fields.Count() > 0) {
         height += static_cast<int32_t>(page.fields.Count()) * kSettingsRowHeight;
     } else if (libraryFound) {
         help = OptionHelp(effectName, true);
@@ -63,7 +68,9 @@ void dlgDSPSettings::Run(clWindowHandle owner) {
 intptr_t dlgDSPSettings::OnCreate() {
     clRect client = WindowClientRect(windowHandle);
     int32_t width = client.Width() - 2 * U(kMargin);
-    if (page.fields.Count() > 0) {
+    if (pageKind != kNoEffectPage) {
+        effectPage.Show(pageKind, windowHandle, U(kMargin), U(kTop), width, settings);
+    } else if (page.fields.Count() > 0) {
         page.Show(windowHandle, U(kMargin), U(kTop), width, settings);
     } else if (libraryFound) {
         // Nothing describes these settings: they are edited as text, with
@@ -83,6 +90,7 @@ intptr_t dlgDSPSettings::OnCreate() {
 }
 
 clString dlgDSPSettings::PageSettings() {
+    if (effectPage.IsShown()) return effectPage.Settings();
     if (page.IsShown()) return page.Options();
     if (textField != nullptr) return WindowGetText(textField);
     return settings;

@@ -1,5 +1,6 @@
 // dlgDSPSettings: the small window in which one effect shows its
-// settings: the page its library describes, or, for a library that
+// settings: the program's own page for the effects that have one
+// (effectpages.h), the page its library describes, or, for a library that
 // describes none, its settings as text (with what the library says of
 // them). There is no cancel: whatever the page holds when the window
 // closes (OK, Escape or the close box) is the effect's new settings.
@@ -8,6 +9,7 @@
 #include <cstdint>
 
 #include "foundation/clstring.h"
+#include "frontend/effectpages.h"
 #include "frontend/settingspage.h"
 #include "toolkit/xwindow.h"
 
@@ -18,6 +20,8 @@ public:
     clString effectName;
     clString settings;  // as given; once closed, as the page left them
     clSettingsPage page;
+    clEffectPage effectPage;  // for the effects with a page of the program's own
+    clEffectPageKind pageKind = kNoEffectPage;
     clWindowHandle textField = nullptr;  // for a library that describes no options
     bool libraryFound = false;
     clString help;           // what the library says of its settings, for the text

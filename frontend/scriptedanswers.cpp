@@ -8,6 +8,7 @@
 #include "foundation/stringlist.h"
 #include "foundation/utf.h"
 #include "frontend/conversionstage.h"
+#include "frontend/dlgdspsettings.h"
 #include "frontend/dlgnaming.h"
 #include "frontend/frmconverttoopt.h"
 #include "frontend/frmerrorsinfo.h"
@@ -46,6 +47,7 @@ const char16_t* KindOf(XWindow& window) {
     if (dynamic_cast<frmNewProfile*>(&window) != nullptr) return u"newprofile";
     if (dynamic_cast<dlgCrashReport*>(&window) != nullptr) return u"crashreport";
     if (dynamic_cast<dlgNaming*>(&window) != nullptr) return u"naming";
+    if (dynamic_cast<dlgDSPSettings*>(&window) != nullptr) return u"dspsettings";
     return u"";
 }
 
@@ -106,8 +108,16 @@ void Run(XWindow& window, const clString& step) {
         if (row < 0) return;
         options->cmbOutToFolder.SetSelection(row);
         options->OnCommand(kIdOutputList, options->cmbOutToFolder.control, kCbnSelChange);
+    } else if (options != nullptr && word.Equals(u"effect")) {
+        options->effects.AddEffect(rest);
     } else if (auto* naming = dynamic_cast<dlgNaming*>(&window); naming != nullptr) {
         RunNamingStep(*naming, word, rest);
+    } else if (auto* effect = dynamic_cast<dlgDSPSettings*>(&window); effect != nullptr) {
+        clString name, value;
+        SplitStep(rest, name, value);
+        if (word.Equals(u"option")) effect->page.SetValue(name.text, value);
+        if (word.Equals(u"field")) effect->effectPage.SetField(name, value);
+        if (word.Equals(u"text") && effect->textField != nullptr) WindowSetText(effect->textField, rest);
     }
 }
 

@@ -5,10 +5,14 @@
 // started from that window (a re-convert) finds the lines left for it.
 //
 // A line: a kind ("options", "overwrite", "errors", "newprofile",
-// "naming", "crashreport"), a
-// colon, then steps separated by ";":
+// "naming", "dspsettings", "crashreport"), a colon, then steps separated
+// by ";":
 //   encoder TEXT          choose that row of the encoder list
-//   option NAME VALUE     set a value of the settings page
+//   option NAME VALUE     set a value of the settings page (the options
+//                         window's, or an effect's)
+//   effect NAME           add that effect (its settings window opens)
+//   field NAME VALUE      set a field of an effect page of the program's
+//   text TEXT             an effect's settings as text
 //   output TEXT           make TEXT the output location
 //   outputcommand TEXT    choose the output list's command of that text
 //   press ID              press the control with that id

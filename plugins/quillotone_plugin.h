@@ -334,7 +334,8 @@ typedef int32_t (*qv_ENC_EndConversion)(uint64_t instance, const qv_encoder_end_
 typedef int32_t (*qv_ENC_EncodeBlock)(uint64_t instance, const qv_audio_block* block);
 
 /* DSP effect. DSP_Get keys: "TwoPass" (answered: the effect wants an
- * analysis pass), "Tags" (after DSP_EndConversion; answered: `facts`
+ * analysis pass; `text1` holds the effect's settings, since whether it
+ * needs one may depend on them), "Tags" (after DSP_EndConversion; answered: `facts`
  * points at the effect's final tag block, `estimate` is its size, valid
  * until the next call), "BatchEndConversion" (a qv_batch_end_record),
  * "OptionHelp" (as for encoders, of the settings), "LastError",

@@ -421,6 +421,7 @@ bool Conversion::Run() {
             return false;
         }
         qv_query_record query{};
+        query.text1 = effect->settings.c_str();
         effect->twoPass = effect->dsp.Get(effect->dsp.instance, u"TwoPass", &query) != 0;
         effects.push_back(std::move(effect));
     }

@@ -11,7 +11,9 @@
 //     bool End()
 //     bool After(const qv_after_record& record)
 //     bool BatchEnd(const qv_batch_end_record& record)
-//   kTwoPass   whether it wants an analysis pass first
+//   kTwoPass   whether it wants an analysis pass first; or, with
+//     QVC_EFFECT_TWO_PASS_BY_SETTINGS defined ahead of this file,
+//     bool WantsTwoPass(const std::u16string& settings) in its place
 //   kOptionHelp  what its settings take, for "qvt plugins"
 // and, for a settings page, kOptionSpecs (optionspec.h) with
 // QVC_EFFECT_HAS_SPECS defined ahead of this file.
@@ -40,7 +42,16 @@ QV_EXPORT void DSP_Destroy(uint64_t handle) { delete Self(handle); }
 
 QV_EXPORT int32_t DSP_Get(uint64_t handle, const qv_char* key, qv_query_record* record) {
     Effect* self = Self(handle);
+#ifdef QVC_EFFECT_TWO_PASS_BY_SETTINGS
+    if (qvc::KeyIs(key, "TwoPass")) {
+        return WantsTwoPass(record != nullptr && record->text1 != nullptr ? std::u16string(record->text1)
+                                                                           : std::u16string())
+                   ? 1
+                   : 0;
+    }
+#else
     if (qvc::KeyIs(key, "TwoPass")) return kTwoPass ? 1 : 0;
+#endif
     if (qvc::KeyIs(key, "Tags")) {
         if (!self->hasFinalTags) return 0;
         record->facts = self->finalTags.data();

@@ -3,7 +3,13 @@
 // "replaygain_track_gain" ("-6.48 dB", to a reference of -18 LUFS) and
 // "replaygain_track_peak" (the highest sample, 1.0 full scale).
 //
-// Album gain: in a batch (the worker's batch id is not 0), each file also
+// Or, with -apply="gain", it applies the track gain to the audio instead,
+// in two passes (the analysis pass measures, the live pass scales), never
+// lifting the highest sample above full scale; the file then carries no
+// gain tags, since any it came with no longer hold. Album gain can't be
+// applied: each file is written before the album is measured.
+//
+// Album gain (-mode="album", the default): in a batch (the worker's batch id is not 0), each file also
 // leaves the loudness of its 400 ms gating blocks and its peak in the
 // batch's scratch folder (the temporary folder, "Qv" and the id). At the
 // end of the batch the blocks of all files are gated together, exactly as
@@ -11,7 +17,9 @@
 // "replaygain_album_gain" and "replaygain_album_peak" are written through
 // TagLib into every output of the batch that converted without error.
 //
-// Settings: none.
+// Settings:
+//   -mode="track|album"     album: album tags too at the end of a batch
+//   -apply="tags|gain"      write tags, or change the audio by the gain
 #include <dirent.h>
 #include <ebur128.h>
 #include <sys/stat.h>
@@ -78,8 +86,36 @@ double GatedLoudness(const std::vector<double>& energies) {
 // libebur128 frees a meter through a pointer to the handle.
 void DestroyMeter(ebur128_state* meter) { ebur128_destroy(&meter); }
 
+struct Settings {
+    bool album = true;
+    bool applyGain = false;
+    const char* error = nullptr;  // why the settings are refused
+};
+
+Settings ReadSettings(const std::u16string& text) {
+    Settings settings;
+    std::u16string mode = qvc::Option(text, u"mode"), apply = qvc::Option(text, u"apply");
+    if (!mode.empty() && mode != u"track" && mode != u"album") settings.error = "-mode takes track or album";
+    if (!apply.empty() && apply != u"tags" && apply != u"gain") settings.error = "-apply takes tags or gain";
+    settings.album = mode != u"track";
+    settings.applyGain = apply == u"gain";
+    if (settings.error == nullptr && settings.album && settings.applyGain) {
+        settings.error =
+            "album gain can't be applied to the audio, as each file is written before the album is measured: "
+            "choose -mode=\"track\" or -apply=\"tags\"";
+    }
+    return settings;
+}
+
+bool WantsTwoPass(const std::u16string& settings) { return ReadSettings(settings).applyGain; }
+
 struct Effect : qvc::EffectBase {
     qvc::Owned<ebur128_state, DestroyMeter> meter;
+    Settings settings;
+    bool converting = false;  // false when run for the tags alone
+    bool analysed = false;    // blocks of an analysis pass came in
+    float gain = 1.0f;      // applied in the live pass
+    std::vector<float> scaled;
     bool isFloat = true;
     size_t channels = 0;
     uint64_t step = 0;  // frames in 100 ms, as the meter counts them
@@ -90,10 +126,25 @@ struct Effect : qvc::EffectBase {
 
     void Release() override { meter.reset(); }
 
-    bool Begin(qv_begin_record& record, const std::u16string&) {
-        Release();
-        if (record.format == nullptr) return true;
+    bool Begin(qv_begin_record& record, const std::u16string& text) {
+        settings = ReadSettings(text);
+        if (settings.error != nullptr) return Fail(settings.error);
+        converting = record.format != nullptr;
+        if (!converting) return true;
         qv_audio_format& format = *record.format;
+        if (settings.applyGain) {
+            qvc::UseFloat(format);
+            if (analysed) {
+                // Begun again for the live pass: the measurement is complete.
+                analysed = false;
+                gain = AppliedGain();
+                Release();
+                tags.assign(static_cast<const char*>(record.tags), record.tagsSize);
+                return true;
+            }
+            gain = 1.0f;
+        }
+        Release();
         channels = format.channels;
         isFloat = format.sampleType == QV_SAMPLES_FLOAT32;
         format.acceptedTypes = format.sampleType;  // either kind, untouched
@@ -114,8 +165,37 @@ struct Effect : qvc::EffectBase {
         return rc == EBUR128_SUCCESS;
     }
 
+    // The track gain as a factor, lowered so that the highest sample
+    // stays within full scale.
+    float AppliedGain() {
+        double loudness = -HUGE_VAL;
+        ebur128_loudness_global(meter.get(), &loudness);
+        if (!std::isfinite(loudness)) return 1.0f;  // silence has no gain to give
+        double factor = std::pow(10.0, (kReference - loudness) / 20.0);
+        double peak = Peak();
+        if (peak > 0 && factor * peak > 1.0) factor = 1.0 / peak;
+        return static_cast<float>(factor);
+    }
+
+    bool Analyse(const qv_audio_block& in) {
+        analysed = true;
+        if (Measure(in.samples, in.frames)) return true;
+        return Fail("the loudness meter failed");
+    }
+
+    int32_t Scale(const qv_audio_block* in, qv_audio_block* out) {
+        const size_t count = static_cast<size_t>(in->frames) * channels;
+        scaled.resize(count);
+        const auto* samples = static_cast<const float*>(in->samples);
+        for (size_t i = 0; i < count; ++i) scaled[i] = samples[i] * gain;
+        *out = *in;
+        out->samples = scaled.data();
+        return 1;
+    }
+
     int32_t Pass(const qv_audio_block* in, qv_audio_block* out) {
         if (in == nullptr) return 0;
+        if (settings.applyGain) return Scale(in, out);
         // Fed up to each 100 ms mark, so that the momentary loudness read
         // there is the block the meter gates.
         const size_t width = isFloat ? sizeof(float) : sizeof(int32_t);
@@ -164,7 +244,22 @@ struct Effect : qvc::EffectBase {
         if (!ok || std::rename(partial.c_str(), path.c_str()) != 0) std::remove(partial.c_str());
     }
 
+    // The tags of a file whose audio the gain changed: the gain tags it
+    // came with no longer hold.
+    bool EndApplied() {
+        std::vector<qvc::Tag> list = qvc::ReadTagBlock(tags.data(), tags.size());
+        list.erase(std::remove_if(list.begin(), list.end(),
+                                  [](const qvc::Tag& tag) {
+                                      return qvc::LowerTag(tag.name).rfind(u"replaygain_", 0) == 0;
+                                  }),
+                   list.end());
+        finalTags = qvc::WriteTagBlock(list);
+        hasFinalTags = true;
+        return true;
+    }
+
     bool End() {
+        if (settings.applyGain) return converting ? EndApplied() : true;
         if (meter == nullptr) return true;
         double loudness = -HUGE_VAL;
         ebur128_loudness_global(meter.get(), &loudness);
@@ -183,11 +278,13 @@ struct Effect : qvc::EffectBase {
         list.push_back({u"replaygain_track_peak", qvc::FromBytes(PeakText(peak)), std::string()});
         finalTags = qvc::WriteTagBlock(list);
         hasFinalTags = true;
-        if (batchId != 0) LeaveForAlbum(peak);
+        if (batchId != 0 && settings.album) LeaveForAlbum(peak);
         return true;
     }
 
     bool BatchEnd(const qv_batch_end_record& record) {
+        Settings given = ReadSettings(record.settings != nullptr ? std::u16string(record.settings) : std::u16string());
+        if (!given.album || given.error != nullptr) return true;
         std::string folder = BatchFolder(record.batchId);
         std::vector<double> energies;
         double peak = 0;
@@ -233,10 +330,21 @@ struct Effect : qvc::EffectBase {
     }
 };
 
-constexpr bool kTwoPass = false;
 // What "qvt plugins" shows of the options (see the top of this file).
-constexpr const char* kOptionHelp = "(no settings)\n";
+constexpr const char* kOptionHelp =
+    "-mode=\"track|album\"   album: album gain and peak too, at the end of a batch; album when not given\n"
+    "-apply=\"tags|gain\"    write the gain as tags, or apply the track gain to the audio; tags when not given\n";
+
+// Its settings page.
+constexpr qvc::OptionSpec kOptionSpecs[] = {
+    {"mode", qvc::OptionKind::Choice, "album", "track=Track gain only,album=Track and album gain", "Mode",
+     "album: album gain and peak too, at the end of a batch"},
+    {"apply", qvc::OptionKind::Choice, "tags", "tags=Write tags,gain=Apply the gain to the audio", "Gain",
+     "write the gain as tags, or apply the track gain to the audio (track mode)"},
+};
 
 }  // namespace
 
+#define QVC_EFFECT_TWO_PASS_BY_SETTINGS
+#define QVC_EFFECT_HAS_SPECS
 #include "codecs/common/effectexports.h"

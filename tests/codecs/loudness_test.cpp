@@ -52,6 +52,16 @@ ebur128_state* Meter(const std::vector<int16_t>& samples) {
     return meter;
 }
 
+// The integrated loudness of stereo 44.1 kHz float samples.
+double IntegratedLoudness(const std::vector<float>& samples) {
+    ebur128_state* meter = ebur128_init(2, 44100, EBUR128_MODE_I);
+    ebur128_add_frames_float(meter, samples.data(), samples.size() / 2);
+    double loudness = 0;
+    ebur128_loudness_global(meter, &loudness);
+    ebur128_destroy(&meter);
+    return loudness;
+}
+
 double Gain(const std::string& text) { return std::atof(text.c_str()); }
 
 class Loudness : public CodecTest {
@@ -103,13 +113,7 @@ TEST_F(Loudness, VolumeNormalizeReachesItsPeakOrLoudnessTarget) {
     ASSERT_NE(Convert(u"in.wav", u"out.wav", u"Wave", u"-dspeffect1=\"Volume Normalize=-mode=loudness -target=-23\"")
                   .find(u"PCDone: 100"),
               std::u16string::npos);
-    std::vector<float> loud = Floats(FindChunk(ReadBytes(dir.File(u"out.wav")), "data"));
-    ebur128_state* meter = ebur128_init(2, 44100, EBUR128_MODE_I);
-    ebur128_add_frames_float(meter, loud.data(), loud.size() / 2);
-    double loudness = 0;
-    ebur128_loudness_global(meter, &loudness);
-    ebur128_destroy(&meter);
-    EXPECT_NEAR(loudness, -23.0, 0.01);
+    EXPECT_NEAR(IntegratedLoudness(Floats(FindChunk(ReadBytes(dir.File(u"out.wav")), "data"))), -23.0, 0.01);
 }
 
 TEST_F(Loudness, ReplayGainTrackAndAlbumGainMatchTheMeter) {
@@ -176,4 +180,49 @@ TEST_F(Loudness, ReplayGainTrackAndAlbumGainMatchTheMeter) {
         EXPECT_NEAR(Gain(Tag(name.c_str(), u"REPLAYGAIN_ALBUM_PEAK")), 0.9, 0.01);
     }
     for (ebur128_state*& meter : meters) ebur128_destroy(&meter);
+}
+
+TEST_F(Loudness, ReplayGainModesAndAppliedGain) {
+    ASSERT_TRUE(PlatformSetEnvironment(u"TMPDIR", dir.File(u"").text));
+    std::vector<int16_t> samples = Music(44100 * 3, 0.3, 0.04);
+    ASSERT_TRUE(WriteBytes(dir.File(u"in.wav"), Riff(FormatBody(1, 2, 44100, 2, 16, false), Pcm(samples))));
+    // Track mode leaves nothing for an album at the end of the batch.
+    std::u16string first = Convert(u"in.wav", u"out.flac", u"FLAC", u"-dspeffect1=\"ReplayGain=-mode=track\"");
+    ASSERT_NE(first.find(u"PCDone: 100"), std::u16string::npos) << std::string(first.begin(), first.end());
+    EXPECT_FALSE(Tag(u"out.flac", u"REPLAYGAIN_TRACK_GAIN").empty());
+    EXPECT_FALSE(PathExists(dir.File(u"Qv1")));
+    ASSERT_NE(Convert(u"in.wav", u"out.flac", u"FLAC", u"-dspeffect1=\"ReplayGain=\"").find(u"PCDone: 100"),
+              std::u16string::npos);
+    EXPECT_TRUE(PathExists(dir.File(u"Qv1"))) << "album mode is the default";
+
+    // Applied, the gain brings the audio to the reference loudness and the
+    // output carries no gain tags.
+    ASSERT_NE(Convert(u"in.wav", u"out.wav", u"Wave", u"-dspeffect1=\"ReplayGain=-mode=track -apply=gain\"")
+                  .find(u"PCDone: 100"),
+              std::u16string::npos);
+    std::vector<float> applied = Floats(FindChunk(ReadBytes(dir.File(u"out.wav")), "data"));
+    ASSERT_EQ(applied.size(), samples.size());
+    EXPECT_NEAR(IntegratedLoudness(applied), -18.0, 0.01);
+    ASSERT_NE(Convert(u"in.wav", u"out.flac", u"FLAC", u"-dspeffect1=\"ReplayGain=-mode=track -apply=gain\"")
+                  .find(u"PCDone: 100"),
+              std::u16string::npos);
+    EXPECT_EQ(Tag(u"out.flac", u"REPLAYGAIN_TRACK_GAIN"), "");
+
+    // A loud file stops where its peak reaches full scale.
+    std::vector<int16_t> loud = Music(44100 * 2, 0.98, 0.02);
+    for (size_t i = 0; i < loud.size(); i += 1000) loud[i] = 16000;  // quieter body, same peak
+    ASSERT_TRUE(WriteBytes(dir.File(u"loud.wav"), Riff(FormatBody(1, 2, 44100, 2, 16, false), Pcm(loud))));
+    ASSERT_NE(Convert(u"loud.wav", u"out.wav", u"Wave", u"-dspeffect1=\"ReplayGain=-mode=track -apply=gain\"")
+                  .find(u"PCDone: 100"),
+              std::u16string::npos);
+    float peak = 0;
+    for (float v : Floats(FindChunk(ReadBytes(dir.File(u"out.wav")), "data"))) peak = std::max(peak, std::fabs(v));
+    EXPECT_LE(peak, 1.0f);
+
+    // Album gain can't be applied, and a value out of its choices is named.
+    std::u16string refused = Convert(u"in.wav", u"bad.wav", u"Wave", u"-dspeffect1=\"ReplayGain=-apply=gain\"");
+    EXPECT_NE(refused.find(u"album gain can't be applied"), std::u16string::npos);
+    EXPECT_FALSE(PathExists(dir.File(u"bad.wav")));
+    refused = Convert(u"in.wav", u"bad.wav", u"Wave", u"-dspeffect1=\"ReplayGain=-mode=disc\"");
+    EXPECT_NE(refused.find(u"-mode takes track or album"), std::u16string::npos);
 }

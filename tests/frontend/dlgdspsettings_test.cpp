@@ -27,7 +27,7 @@ void SetDepthAndEscape(XWindow& window, void*) {
 void TypeAndClose(XWindow& window, void*) {
     auto* dialog = dynamic_cast<dlgDSPSettings*>(&window);
     ASSERT_NE(dialog, nullptr);
-    ASSERT_NE(dialog->textField, nullptr) << "ID Tag Processing's settings are text";
+    ASSERT_NE(dialog->textField, nullptr) << "a library that describes no page has its settings as text";
     EXPECT_EQ(U(WindowGetText(dialog->textField)), u"-delall");
     Pump();
     SaveGrab(window.windowHandle, "dspsettings-text");
@@ -44,7 +44,7 @@ TEST(DSPSettingsWindow, ThePageOrTheTextIsTheAnswerWhicheverWayItCloses) {
     SetModalHook(SetDepthAndEscape, nullptr);
     EXPECT_EQ(U(EditEffectSettings(nullptr, clString(u"Bit Depth"), clString(u"-bits=\"16\""))), u"-bits=\"24\"");
     SetModalHook(TypeAndClose, nullptr);
-    EXPECT_EQ(U(EditEffectSettings(nullptr, clString(u"ID Tag Processing"), clString(u"-delall"))),
+    EXPECT_EQ(U(EditEffectSettings(nullptr, clString(u"_Text Effect"), clString(u"-delall"))),
               u"-remove=\"comment\"");
     SetModalHook(JustClose, nullptr);
     EXPECT_EQ(U(EditEffectSettings(nullptr, clString(u"No Such Effect"), clString(u"-keep=\"me\""))),

@@ -122,6 +122,68 @@ TEST_F(WindowRunTest, ANamingWrittenInTheEditorNamesTheOutputs) {
               u"[origfilename] take[track]");
 }
 
+// A user adds two effects in the options window and sets each on its
+// page, writes a naming with the editor's menus, and converts: the outputs
+// carry the effects and the names. (Resample and ReplayGain are built for
+// Linux; the Windows build has the signal-free effects.)
+TEST_F(WindowRunTest, EffectsSetOnTheirPagesAndANamingFromTheMenusReachTheOutputs) {
+    clStringList arguments;
+    arguments.Add(Source(u"a.wav", 1));
+    arguments.Add(Source(u"b.wav", 2));
+    clString base(out);
+#ifdef _WIN32
+    // Channel Count works in floating point: the depth comes after it.
+    WriteBytes(script, "options: encoder Wave; effect Channel Count; effect Bit Depth; "
+                       "outputcommand Edit Dynamic Naming; press 1\n"
+                       "dspsettings: option channels 1; press 1\n"
+                       "dspsettings: option bits 24; press 1\n"
+                       "naming: base " + Utf8(base) + "; naming [origfilename] at ; insert properties Frequency; press 1\n");
+    const char16_t* extension = u".wav";
+#else
+    WriteBytes(script, "options: encoder FLAC; effect Resample; effect ReplayGain; "
+                       "outputcommand Edit Dynamic Naming; press 1\n"
+                       "dspsettings: option rate 22050; press 1\n"
+                       "dspsettings: option mode track; press 1\n"
+                       "naming: base " + Utf8(base) + "; naming [origfilename] at ; insert properties Frequency; press 1\n");
+    const char16_t* extension = u".flac";
+#endif
+    EXPECT_EQ(Run(ProgramPath(u"TrackConverter"), arguments), 0) << ReadBytes(dir.File(u"run.log"));
+    EXPECT_EQ(ReadBytes(script), "") << "every window the script answers appeared";
+    clString stored = GetSettingText(kEntryEffectsSetting.name, settingsRootHive,
+                                     EntryKeyPath(clString(extension[1] == u'w' ? u"Wave" : u"FLAC"), clString()).text);
+#ifdef _WIN32
+    EXPECT_EQ(U(stored), u"-dspeffect1=\"Channel Count=-channels={qt}1{qt}\" -dspeffect2=\"Bit Depth=-bits={qt}24{qt}\"");
+#else
+    EXPECT_EQ(U(stored), u"-dspeffect1=\"Resample=-rate={qt}22050{qt}\" -dspeffect2=\"ReplayGain=-mode={qt}track{qt}\"");
+#endif
+    for (const char16_t* name : {u"a", u"b"}) {
+        // Named by the source's frequency, which the menu's item gives.
+        clString file(name, u" at 44100");
+        file.Append(extension);
+        clString output = JoinPath(out, file);
+        ASSERT_TRUE(PathExists(output)) << U(output).size();
+#ifdef _WIN32
+        std::string wave = ReadBytes(output);
+        EXPECT_EQ(BitsOf(wave), 24);
+        std::string fmt = FindChunk(wave, "fmt ");
+        ASSERT_GE(fmt.size(), 4u);
+        EXPECT_EQ(fmt[2], 1) << "one channel";
+#else
+        clStringList tool;
+        tool.Add(clString(u"--show-sample-rate"));
+        tool.Add(clString(u"--show-tag=REPLAYGAIN_TRACK_GAIN"));
+        tool.Add(clString(u"--show-tag=REPLAYGAIN_ALBUM_GAIN"));
+        tool.Add(output);
+        int exitCode = -1;
+        ASSERT_TRUE(PlatformRunProcess(clString(u"/usr/bin/metaflac"), tool, dir.File(u"tool.log"), &exitCode));
+        std::string shown = ReadBytes(dir.File(u"tool.log"));
+        EXPECT_EQ(shown.rfind("22050\n", 0), 0u) << shown;
+        EXPECT_NE(shown.find("REPLAYGAIN_TRACK_GAIN="), std::string::npos) << shown;
+        EXPECT_EQ(shown.find("REPLAYGAIN_ALBUM_GAIN="), std::string::npos) << "track mode: " << shown;
+#endif
+    }
+}
+
 // Without files the open dialog asks first; its files go on to the options
 // window and the folder is remembered.
 TEST_F(WindowRunTest, WithoutFilesTheOpenDialogAsksFirst) {
