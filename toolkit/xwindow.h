@@ -118,6 +118,8 @@ public:
     // Shows the window and runs messages until EndModal; answers its code.
     int32_t RunModal();
     void EndModal(int32_t code);
+    // True while the window runs modally and nothing has ended it.
+    bool IsRunningModal() const { return modal; }
 
     // `value` (units of 1/96 inch) in screen pixels, truncated.
     static int32_t ScaleUnits(int32_t value);

@@ -35,6 +35,18 @@ void TypeAndClose(XWindow& window, void*) {
     WindowSend(window.windowHandle, kWmClose, 0, 0);
 }
 
+[[maybe_unused]] void ChooseTrackGain(XWindow& window, void*) {
+    auto* dialog = dynamic_cast<dlgDSPSettings*>(&window);
+    ASSERT_NE(dialog, nullptr);
+    ASSERT_TRUE(dialog->page.IsShown()) << "ReplayGain describes its options";
+    ASSERT_TRUE(dialog->page.SetValue(u"mode", clString(u"track")));
+    ASSERT_TRUE(dialog->page.SetValue(u"apply", clString(u"gain")));
+    EXPECT_FALSE(dialog->page.SetValue(u"apply", clString(u"louder")));
+    Pump();
+    SaveGrab(window.windowHandle, "dspsettings-replaygain");
+    WindowSend(window.windowHandle, kWmCommand, clMakeWParam(1, 0), 0);
+}
+
 void JustClose(XWindow& window, void*) { WindowSend(window.windowHandle, kWmClose, 0, 0); }
 
 }  // namespace
@@ -46,6 +58,11 @@ TEST(DSPSettingsWindow, ThePageOrTheTextIsTheAnswerWhicheverWayItCloses) {
     SetModalHook(TypeAndClose, nullptr);
     EXPECT_EQ(U(EditEffectSettings(nullptr, clString(u"_Text Effect"), clString(u"-delall"))),
               u"-remove=\"comment\"");
+#ifndef _WIN32
+    // Built on Linux only, with its loudness library.
+    SetModalHook(ChooseTrackGain, nullptr);
+    EXPECT_EQ(U(EditEffectSettings(nullptr, clString(u"ReplayGain"), clString())), u"-mode=\"track\" -apply=\"gain\"");
+#endif
     SetModalHook(JustClose, nullptr);
     EXPECT_EQ(U(EditEffectSettings(nullptr, clString(u"No Such Effect"), clString(u"-keep=\"me\""))),
               u"-keep=\"me\"")

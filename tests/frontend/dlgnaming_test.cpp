@@ -121,3 +121,28 @@ TEST(NamingWindow, TheCloseButtonEndsItAsCancelDoes) {
     SetModalHook(nullptr, nullptr);
     EXPECT_EQ(U(text), u"[origdrive]");
 }
+
+namespace {
+bool endedByEscape = false;
+void EscapeInTheNamingField(XWindow& window, void*) {
+    auto* dialog = dynamic_cast<dlgNaming*>(&window);
+    ASSERT_NE(dialog, nullptr);
+    WindowSetText(dialog->namingField, clString(u"[title] typed"));
+    WindowSetFocus(dialog->namingField);
+    // Posted, as a key press arrives.
+    WindowPost(dialog->namingField, kWmKeyDown, kVkEscape, 0);
+    Pump();
+    endedByEscape = !dialog->IsRunningModal();
+    if (!endedByEscape) Press(*dialog, kIdNamingClose);
+}
+}  // namespace
+
+// Escape typed in a field cancels the window as Escape on it does.
+TEST(NamingWindow, EscapeInAFieldCancels) {
+    clString text(u"[origdrive]");
+    SetModalHook(EscapeInTheNamingField, nullptr);
+    EXPECT_FALSE(EditNaming(nullptr, text));
+    SetModalHook(nullptr, nullptr);
+    EXPECT_TRUE(endedByEscape);
+    EXPECT_EQ(U(text), u"[origdrive]");
+}

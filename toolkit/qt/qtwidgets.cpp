@@ -8,6 +8,8 @@
 #include <QDir>
 #include <QDropEvent>
 #include <QKeyEvent>
+#include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QMimeData>
 #include <QMouseEvent>
 #include <QPainter>
@@ -232,6 +234,12 @@ intptr_t BackendDefaultHandling(clWindowHandle window, uint32_t message, uintptr
         return 0;
     }
     if (qobject_cast<QAbstractItemView*>(widget) != nullptr) return QtViewDefaultHandling(widget, message, wParam, lParam);
+    // An edit field leaves Escape to its window, as Qt's own key events do.
+    if (message == kWmKeyDown && wParam == kVkEscape &&
+        (qobject_cast<QLineEdit*>(widget) != nullptr || qobject_cast<QPlainTextEdit*>(widget) != nullptr) &&
+        widget->window() != widget) {
+        return RouteMessage(widget->window(), message, wParam, lParam);
+    }
     if (auto* list = dynamic_cast<clQtListBox*>(widget)) {
         if (message == kWmLButtonDown) {
             int row = list->RowAt(clYOf(lParam));

@@ -284,7 +284,23 @@ bool ToolkitStartWith(XMainThreadSync* sync) {
     return true;
 }
 
+// Escape in an edit field belongs to the field's window, as in the Qt back
+// end, where the field passes the key on: a window that closes on Escape
+// closes from its fields too. An edit the toolkit subclasses (the list
+// view's value editor) keeps the key for itself.
+static bool EscapeForTheWindow(const MSG& message) {
+    if (message.message != WM_KEYDOWN || message.wParam != VK_ESCAPE) return false;
+    wchar_t className[16] = {};
+    GetClassNameW(message.hwnd, className, 16);
+    if (lstrcmpiW(className, L"Edit") != 0 || GetPropW(message.hwnd, kSubclassProperty) != nullptr) return false;
+    HWND root = GetAncestor(message.hwnd, GA_ROOT);
+    if (root == nullptr || root == message.hwnd || XWindow::FromHandle(HandleOf(root)) == nullptr) return false;
+    SendMessageW(root, WM_KEYDOWN, message.wParam, message.lParam);
+    return true;
+}
+
 static void Handle(MSG& message) {
+    if (EscapeForTheWindow(message)) return;
     TranslateMessage(&message);
     DispatchMessageW(&message);
 }
