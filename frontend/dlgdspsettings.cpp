@@ -37,7 +37,9 @@ bool dlgDSPSettings::Open(clWindowHandle owner) {
         height += static_cast<int32_t>(page.fields.Count()) * kSettingsRowHeight;
     } else if (libraryFound) {
         help = OptionHelp(effectName, true);
-        if (help.IsEmpty()) help = clString(u"This effect has no settings of its own.");
+        if (help.IsEmpty()) {
+            help = clString(u"This effect doesn't describe its settings: they are written here as text.");
+        }
         while (!help.IsEmpty() && help.CharAt(help.Length()) == u'\n') help.SetLength(help.Length() - 1);
         int32_t lines = 1;
         for (int32_t i = 1; i <= help.Length(); ++i) lines += help.CharAt(i) == u'\n' ? 1 : 0;

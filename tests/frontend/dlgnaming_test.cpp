@@ -124,13 +124,15 @@ TEST(NamingWindow, TheCloseButtonEndsItAsCancelDoes) {
 
 namespace {
 bool endedByEscape = false;
-void EscapeInTheNamingField(XWindow& window, void*) {
+bool inBaseField = false;  // the one-line field; else the naming's lines
+void EscapeInAField(XWindow& window, void*) {
     auto* dialog = dynamic_cast<dlgNaming*>(&window);
     ASSERT_NE(dialog, nullptr);
-    WindowSetText(dialog->namingField, clString(u"[title] typed"));
-    WindowSetFocus(dialog->namingField);
+    clWindowHandle field = inBaseField ? dialog->baseField : dialog->namingField;
+    WindowSetText(field, clString(u"[title] typed"));
+    WindowSetFocus(field);
     // Posted, as a key press arrives.
-    WindowPost(dialog->namingField, kWmKeyDown, kVkEscape, 0);
+    WindowPost(field, kWmKeyDown, kVkEscape, 0);
     Pump();
     endedByEscape = !dialog->IsRunningModal();
     if (!endedByEscape) Press(*dialog, kIdNamingClose);
@@ -139,10 +141,14 @@ void EscapeInTheNamingField(XWindow& window, void*) {
 
 // Escape typed in a field cancels the window as Escape on it does.
 TEST(NamingWindow, EscapeInAFieldCancels) {
-    clString text(u"[origdrive]");
-    SetModalHook(EscapeInTheNamingField, nullptr);
-    EXPECT_FALSE(EditNaming(nullptr, text));
-    SetModalHook(nullptr, nullptr);
-    EXPECT_TRUE(endedByEscape);
-    EXPECT_EQ(U(text), u"[origdrive]");
+    for (bool base : {false, true}) {
+        inBaseField = base;
+        endedByEscape = false;
+        clString text(u"[origdrive]");
+        SetModalHook(EscapeInAField, nullptr);
+        EXPECT_FALSE(EditNaming(nullptr, text));
+        SetModalHook(nullptr, nullptr);
+        EXPECT_TRUE(endedByEscape) << base;
+        EXPECT_EQ(U(text), u"[origdrive]");
+    }
 }
