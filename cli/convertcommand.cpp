@@ -9,6 +9,7 @@
 #include "foundation/file.h"
 #include "foundation/folders.h"
 #include "foundation/pathtext.h"
+#include "foundation/platform/crashdump.h"
 #include "foundation/platform/processinfo.h"
 #include "foundation/settingnames.h"
 #include "foundation/settings.h"
@@ -31,7 +32,7 @@ Options:
   --to ENTRY          the encoder (or profile) to convert with, as "qvt plugins"
                       lists them: "FLAC", "MP3 (Lame)", "Ogg Vorbis", ...
                       Give --to several times to write every file with each
-                      encoder at once. Default: the entry used last, else FLAC.
+                      encoder at once. Required: a script says what it makes.
                       A profile is written  LABEL "ENCODER" ; where quotes are
                       hard to pass, {profileqt} stands for each of its quotes.
   --options TEXT      the option string of the encoder named by the --to just
@@ -63,12 +64,35 @@ Exit status: 0 every file converted, 1 some files failed or were skipped
 (the log names them), 2 a usage error, 130 cancelled (Ctrl-C), 143 ended by
 SIGTERM, 129 by SIGHUP (the run stops at once and leaves no partial file).
 
-The settings are stored as the profile "qvt" of each entry, so the settings
-of the windows stay as they are.
+Each run keeps its choices to itself, in a profile of the entry named after
+the run ("qvt-" and its process id) that goes when the run ends: runs at
+once never mix, and the settings of the windows stay as they are.
 )help";
 
-std::u16string QvtEntryKey(const std::u16string& entry) {
-    return EntryKeyPath(clString(entry.c_str()), clString(u"qvt")).text;
+clString RunProfileName(uint32_t processId) {
+    return clString::Formatted(u"qvt-%llu", static_cast<unsigned long long>(processId));
+}
+
+void RemoveLeftRunProfiles() {
+    clStringList entries;
+    EnumSettingKeys(clString::Formatted(u"%s\\%s", settingsRootKey.text, kEntriesKeyName).text, entries);
+    for (int64_t e = 0; e < entries.Count(); ++e) {
+        clString entryKey = EntryKeyPath(entries[e], clString());
+        clStringList profiles;
+        EnumSettingKeys(entryKey.text, profiles);
+        for (int64_t p = 0; p < profiles.Count(); ++p) {
+            const clString& name = profiles[p];
+            if (name.Length() < 5 || name.Compare(u"qvt-", 4) != 0) continue;
+            std::string digits = Utf8(name.Mid(5, name.Length()));
+            if (digits.empty() || digits.size() > 10 || digits.find_first_not_of("0123456789") != std::string::npos) {
+                continue;
+            }
+            uint64_t id = std::stoull(digits);
+            if (id > 0xFFFFFFFFull || !PlatformProcessRunning(static_cast<uint32_t>(id))) {
+                DeleteSettingKeyTree(entryKey.text, name.text);
+            }
+        }
+    }
 }
 
 std::vector<std::string> DecoderExtensions() {
@@ -250,10 +274,6 @@ int ConvertCommand(const std::vector<std::string>& words) {
             targets.back().options = text;
         }
     }
-    if (targets.empty()) {
-        std::string last = Utf8(GetSettingText((std::u16string(kLastEntryPrefix) + u"qvt").c_str()));
-        targets.push_back({last.empty() ? "FLAC" : last, ""});
-    }
     for (const Target& t : targets) {
         if (!IsKnownEncoder(t.entry)) {
             return Fail(kExitUsage, "unknown encoder '" + t.entry + "' (qvt plugins lists the installed ones)");
@@ -297,8 +317,16 @@ int ConvertCommand(const std::vector<std::string>& words) {
     const std::vector<std::string>& files = collected.files;
     if (files.empty() && collected.refused > 0) return Fail(kExitFailed, "none of the files can be converted");
     if (files.empty()) return Fail(kExitUsage, "no audio files found in the paths given");
+    if (targets.empty()) {
+        // What a run makes never depends on what ran before it.
+        clStringList encoders;
+        EnumerateEncoders(encoders, clString());
+        std::string names;
+        for (int64_t i = 0; i < encoders.Count(); ++i) names += (i == 0 ? "" : ", ") + Utf8(encoders[i]);
+        return Fail(kExitUsage, "no encoder given: --to takes one of " + names + " (see qvt convert --help)");
+    }
 
-    // The settings of the entry, under the profile "qvt".
+    // The settings of the entry, under the run's own profile.
     std::string entry;
     std::string encoderOptions;
     for (int64_t i = 0; i < effects.Count(); ++i) entryEffects.Add(effects[i].name, effects[i].settings);
@@ -328,13 +356,20 @@ int ConvertCommand(const std::vector<std::string>& words) {
         }
     }
     SetSettingsRoot(kSettingsHive, kSettingsRoot);
-    std::u16string key = QvtEntryKey(Text(entry).text);
-    std::u16string lastEntry = std::u16string(kLastEntryPrefix) + u"qvt";
+    RemoveLeftRunProfiles();
+    const clString profile = RunProfileName(PlatformProcessId());
+    const clString entryKey = EntryKeyPath(Text(entry), clString());
+    const std::u16string key = EntryKeyPath(Text(entry), profile).text;
+    // The run's profile goes however the run ends from here on.
+    struct ProfileRemoval {
+        const clString& parent;
+        const clString& name;
+        ~ProfileRemoval() { DeleteSettingKeyTree(parent.text, name.text); }
+    } removal{entryKey, profile};
     bool stored = SetText(key, kEntryOptionsSetting.name, encoderOptions) &&
                   SetText(key, kEntryFolderSetting.name, folder) && SetText(key, kEntryNamingSetting.name, naming) &&
                   SetSettingNumber(static_cast<uint32_t>(mode), kEntryOutputModeSetting.name, 0, key.c_str()) &&
-                  SetSettingText(BuildStoredEffectText(entryEffects), kEntryEffectsSetting.name, 0, key.c_str()) &&
-                  SetText(std::u16string(kSettingsRoot), lastEntry.c_str(), targets.size() == 1 ? entry : "");
+                  SetSettingText(BuildStoredEffectText(entryEffects), kEntryEffectsSetting.name, 0, key.c_str());
     if (!stored) return Fail(kExitFailed, "the settings could not be stored");
 
     clString listFile;
@@ -351,7 +386,7 @@ int ConvertCommand(const std::vector<std::string>& words) {
     arguments.Add(clString(u"-list_to_conv=", listFile.text));
     arguments.Add(u"-skip_ready_to_conv");
     arguments.Add(clString(u"-select_profile=", selected.text));
-    arguments.Add(u"-additionalprofile=qvt");
+    arguments.Add(clString(u"-additionalprofile=", profile.text));
     if (!args.Has("window")) arguments.Add(u"-console");
     arguments.Add(Text("-overwrite=" + overwrite));
     clString program = JoinPath(GetProgramFolder(), clString(u"TrackConverter"));

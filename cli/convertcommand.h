@@ -1,10 +1,15 @@
 // qvt convert: collects audio files, stores the conversion's settings
-// under the additional profile "qvt" (the user's own settings are never
-// touched) and runs TrackConverter on them in the terminal.
+// under an additional profile of the run's own ("qvt-" and its process id;
+// the user's settings are never touched) and runs TrackConverter on them in
+// the terminal. The profile goes when the run ends; one a killed run left
+// behind goes with the next run.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
+
+#include "foundation/clstring.h"
 
 namespace qvt {
 
@@ -12,8 +17,10 @@ extern const char* const kConvertHelp;
 
 int ConvertCommand(const std::vector<std::string>& words);
 
-// The key of an entry's settings under the profile "qvt".
-std::u16string QvtEntryKey(const std::u16string& entry);
+// The additional profile of the run with that process id.
+clString RunProfileName(uint32_t processId);
+// Removes the profiles of runs whose process no longer runs.
+void RemoveLeftRunProfiles();
 
 // The accepted extensions of the installed decoders, lower case, dot
 // included.

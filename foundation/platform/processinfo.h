@@ -60,6 +60,9 @@ bool PlatformRunProcessAttached(const clString& program, const clStringList& arg
 // Sets an environment variable for this process and the ones it starts.
 bool PlatformSetEnvironment(const char16_t* name, const char16_t* value);
 
+// True while a process of that id runs (one of another user counts).
+bool PlatformProcessRunning(uint32_t processId);
+
 // Binds this process to one processor, numbered from 1; false when the
 // system refused (the process then runs wherever it is put).
 bool PlatformSetOwnProcessor(int processor);

@@ -269,3 +269,9 @@ bool PlatformParentEnded() {
     static const pid_t first = ::getppid();
     return ::getppid() != first;
 }
+
+bool PlatformProcessRunning(uint32_t processId) {
+    if (processId == 0 || processId > static_cast<uint32_t>(INT_MAX)) return false;
+    // Signal 0 only asks; a process of another user answers EPERM.
+    return ::kill(static_cast<pid_t>(processId), 0) == 0 || errno == EPERM;
+}

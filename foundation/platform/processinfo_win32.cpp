@@ -286,3 +286,13 @@ bool PlatformRunProcessAttached(const clString& program, const clStringList& arg
     *exitCode = static_cast<int>(code);
     return true;
 }
+
+bool PlatformProcessRunning(uint32_t processId) {
+    if (processId == 0) return false;
+    HANDLE process = OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, processId);
+    if (process == nullptr) return GetLastError() == ERROR_ACCESS_DENIED;
+    DWORD code = 0;
+    bool running = GetExitCodeProcess(process, &code) != FALSE && code == STILL_ACTIVE;
+    CloseHandle(process);
+    return running;
+}
