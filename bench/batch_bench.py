@@ -4,7 +4,7 @@ two processes, in one run, alternating, with the figures as ratios.
 
     bench/batch_bench.py BUILD_DIR [--corpus DIR] [--rounds N] [--sources N] [--quick] [--window]
 
-The corpus is the reference one (../shared/tools/make-corpus.sh, made in
+The corpus is the reference one (bench/make-corpus.sh, made in
 DIR when it isn't there yet): 48 tracks of 16-bit 44.1 kHz stereo, 30 s to
 4 min, about 90 minutes in all, and 400 tracks of 2 s.
 
@@ -35,7 +35,7 @@ import threading
 import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
-CORPUS_TOOL = os.path.join(HERE, "..", "..", "shared", "tools", "make-corpus.sh")
+CORPUS_TOOL = os.path.join(HERE, "make-corpus.sh")
 TICK = os.sysconf("SC_CLK_TCK")
 
 

@@ -22,7 +22,7 @@ import tempfile
 import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
-CORPUS_TOOL = os.path.join(HERE, "..", "..", "shared", "tools", "make-corpus.sh")
+CORPUS_TOOL = os.path.join(HERE, "make-corpus.sh")
 
 
 def cpu_of(argv, **kwargs):
