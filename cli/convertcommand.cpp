@@ -179,7 +179,20 @@ bool Accepted(const std::filesystem::path& file, const std::vector<std::string>&
 struct Collected {
     std::vector<std::string> files;
     int refused = 0;
+    bool audioBelow = false;  // without --recursive: a subfolder holds audio
 };
+
+// True when some folder below `folder` holds a file of an accepted kind.
+bool AudioBelow(const std::filesystem::path& folder, const std::vector<std::string>& extensions) {
+    std::error_code error;
+    auto options = std::filesystem::directory_options::skip_permission_denied;
+    for (std::filesystem::recursive_directory_iterator it(folder, options, error), end; !error && it != end;
+         it.increment(error)) {
+        std::error_code ignored;
+        if (it.depth() > 0 && !it->is_directory(ignored) && Accepted(it->path(), extensions)) return true;
+    }
+    return false;
+}
 
 // A file qvt can hand over: a regular file (a pipe or a device named
 // "x.wav" would block the examination for ever), with no line break in its
@@ -242,6 +255,7 @@ bool CollectFiles(const std::vector<std::string>& paths, bool recursive, Collect
             Fail(kExitUsage, "cannot read the folder '" + Printable(given) + "': " + error.message());
             return false;
         }
+        if (!recursive && files.empty() && !collected.audioBelow) collected.audioBelow = AudioBelow(p, extensions);
     }
     std::sort(files.begin(), files.end());
     files.erase(std::unique(files.begin(), files.end()), files.end());
@@ -316,6 +330,10 @@ int ConvertCommand(const std::vector<std::string>& words) {
     if (!CollectFiles(args.positional, args.Has("recursive"), collected)) return kExitUsage;
     const std::vector<std::string>& files = collected.files;
     if (files.empty() && collected.refused > 0) return Fail(kExitFailed, "none of the files can be converted");
+    if (files.empty() && collected.audioBelow) {
+        return Fail(kExitUsage,
+                    "no audio files found in the paths given, but folders below them hold some: add --recursive");
+    }
     if (files.empty()) return Fail(kExitUsage, "no audio files found in the paths given");
     if (targets.empty()) {
         // What a run makes never depends on what ran before it.

@@ -37,7 +37,8 @@ converting anything. The rule is the naming language of the program:
 "[artist]\[album]\[track] [title]" names folders by the artist and album
 tags and the file by track number and title. --to chooses the encoder whose
 extension the name gets (default FLAC); --folder the folder below which the
-rule applies (default: the source's drive).
+rule applies (default: each source's own folder, where convert would put
+the output without --folder).
 )help";
 
 const char* const kSettingsHelp = R"help(Usage: qvt settings get KEY NAME
@@ -150,8 +151,13 @@ int NameCommand(const std::vector<std::string>& words) {
     std::string entry = ProfileText(args.Last("to", "FLAC"));
     if (!IsKnownEncoder(entry)) return Fail(kExitUsage, "unknown encoder '" + entry + "'");
     clString extension = EncoderExtension(EncoderOfProfile(Text(entry)));
-    std::string folder = args.Last("folder", "[origdrive]");
-    if (folder != "[origdrive]") folder = ResolvePath(folder);
+    std::string folder = "[origdrive]";
+    if (args.Has("folder")) {
+        folder = ResolvePath(args.Last("folder"));
+    } else {
+        // Beside the source: the rule applies below the source's folder.
+        rule = "[origpath]\\" + rule;
+    }
     clPointerArray sources;
     for (size_t i = 1; i < args.positional.size(); ++i) {
         std::error_code ignored;

@@ -21,6 +21,15 @@ constexpr uint32_t kPlainProgressMs = 5000;
 
 std::string Utf8(const clString& text) { return StringToUtf8(text); }
 
+// The status line; a run that took less than a second has no time to give,
+// and the terminal says so rather than leave "Completed in" hanging (the
+// window keeps its own text).
+std::string StatusShown(const clConversion& c) {
+    std::string status = Utf8(c.statusText);
+    if (c.state == kStateFinished && status == "Completed in ") return "Completed in less than a second";
+    return status;
+}
+
 // Cuts a line to `columns` characters (code points; the texts shown have
 // no wide characters that matter for a progress line).
 std::string Fit(const std::string& line, int32_t columns) {
@@ -146,7 +155,7 @@ std::vector<std::string> RenderConversion(const clConversion& c, int32_t width) 
         lines.push_back(label + ProgressBar(shown * 100, cells) + percent + Utf8(slot.displayText));
     }
     lines.push_back("  Overall     " + ProgressBar(c.progress, cells) + " " + Percent(c.progress) + "  " +
-                    Utf8(c.statusText));
+                    StatusShown(c));
     std::string times = TimesLine(c);
     if (!times.empty()) lines.push_back(times);
     for (std::string& line : lines) line = Fit(line, width - 1);
@@ -188,7 +197,7 @@ void clTerminalView::DrawPlain(const clConversion& conversion, bool force) {
     std::string headline = Utf8(conversion.headline);
     if (headline != lastHeadline) text += headline + "\n";
     lastHeadline = headline;
-    std::string status = Utf8(conversion.statusText);
+    std::string status = StatusShown(conversion);
     if (status != lastStatus && !status.empty()) text += "  " + status + "\n";
     lastStatus = status;
     uint32_t now = tickCount ? tickCount() : 0;

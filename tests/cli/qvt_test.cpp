@@ -101,6 +101,13 @@ TEST_F(QvtTest, BadInputIsOneLineAndExitCodeTwo) {
     QvtRun run = Qvt({clString(u"convert"), dir.File(u"empty")});
     EXPECT_EQ(run.code, 2);
     EXPECT_EQ(run.output, "qvt: no audio files found in the paths given\n");
+    // Audio only further down: the hint.
+    MakeFolders(dir.File(u"nested/deeper"));
+    WriteBytes(dir.File(u"nested/deeper/a.wav"), ToneWave(1, 0.2));
+    run = Qvt({clString(u"convert"), clString(u"--to"), clString(u"Wave"), dir.File(u"nested")});
+    EXPECT_EQ(run.code, 2);
+    EXPECT_EQ(run.output,
+              "qvt: no audio files found in the paths given, but folders below them hold some: add --recursive\n");
 }
 
 TEST_F(QvtTest, HelpNamesProfilesAndSettings) {
@@ -108,6 +115,19 @@ TEST_F(QvtTest, HelpNamesProfilesAndSettings) {
         QvtRun run = Qvt({clString(command), clString(u"--help")});
         EXPECT_EQ(run.code, 0);
         EXPECT_EQ(run.output.rfind("Usage: qvt ", 0), 0u) << run.output;
+        // "help COMMAND" says the same.
+        QvtRun help = Qvt({clString(u"help"), clString(command)});
+        EXPECT_EQ(help.code, 0);
+        EXPECT_EQ(help.output, run.output);
+    }
+    QvtRun unknown = Qvt({clString(u"help"), clString(u"nope")});
+    EXPECT_EQ(unknown.code, 2);
+    EXPECT_EQ(unknown.output, "qvt: unknown command 'nope' (see qvt --help)\n");
+    for (const char16_t* flag : {u"--version", u"-V"}) {
+        QvtRun version = Qvt({clString(flag)});
+        EXPECT_EQ(version.code, 0);
+        EXPECT_EQ(version.output.rfind("qvt (Quillotone Track Converter) ", 0), 0u) << version.output;
+        EXPECT_EQ(version.output.back(), '\n');
     }
     // Each encoder and effect with what its options take.
     QvtRun run = Qvt({clString(u"plugins")});
@@ -123,6 +143,12 @@ TEST_F(QvtTest, HelpNamesProfilesAndSettings) {
     std::string expected = std::string(JoinPath(src, clString(u"tone 1.wav")).ToUtf8()) + " -> " +
                            std::string(Out(u"tone 1 (x).aiff").ToUtf8()) + "\n";
     EXPECT_EQ(run.output, expected);
+
+    // Without --folder, beside the source, as convert puts it.
+    run = Qvt({clString(u"name"), clString(u"[origfilename] (x)"), JoinPath(src, clString(u"tone 1.wav"))});
+    EXPECT_EQ(run.code, 0);
+    EXPECT_EQ(run.output, std::string(JoinPath(src, clString(u"tone 1.wav")).ToUtf8()) + " -> " +
+                              std::string(JoinPath(src, clString(u"tone 1 (x).flac")).ToUtf8()) + "\n");
 
     run = Qvt({clString(u"profile"), clString(u"create"), clString(u"Small"), clString(u"--to"), clString(u"Wave")});
     EXPECT_EQ(run.output, "Small \"Wave\"\n");
