@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "cli/qvtargs.h"
+#include "foundation/commandoptions.h"
 #include "foundation/file.h"
 #include "foundation/folders.h"
 #include "foundation/pathtext.h"
@@ -18,6 +19,7 @@
 #include "plugins/effectstring.h"
 #include "plugins/encoderentries.h"
 #include "plugins/filetypes.h"
+#include "plugins/optionfields.h"
 
 namespace qvt {
 
@@ -262,6 +264,51 @@ bool CollectFiles(const std::vector<std::string>& paths, bool recursive, Collect
     return true;
 }
 
+// What a described option takes, as a user writes it: "0..8", "vbr|cbr".
+std::string AllowedText(const clOptionField& field) {
+    if (field.kind == kOptionFlag) return "1";
+    if (field.kind == kOptionChoice) {
+        std::string text;
+        for (int64_t c = 0; c < field.choices.Count(); ++c) {
+            if (!field.choices[c].IsEmpty()) text += (text.empty() ? "" : "|") + Utf8(field.choices[c]);
+        }
+        return text;
+    }
+    char range[64];
+    std::snprintf(range, sizeof range, "%g..%g", field.low, field.high);
+    return range;
+}
+
+// Checks an option string against what its library describes, before
+// anything starts; empty when it passes (or nothing is described).
+std::string OptionsProblem(const clString& library, bool effect, const std::string& options, const std::string& what) {
+    clOptionFields fields;
+    if (options.empty() || !OptionSpecOf(library, effect, fields)) return "";
+    clCommandOptions given;
+    given.Parse(Text(options));
+    for (int64_t k = 0; k < given.keys.Count(); ++k) {
+        const clString& key = given.keys[k];
+        const clOptionField* field = nullptr;
+        std::string names;
+        for (int64_t i = 0; i < fields.Count(); ++i) {
+            names += (i == 0 ? "-" : ", -") + Utf8(fields[i].name);
+            if (fields[i].name.EqualsNoCase(key)) field = &fields[i];
+        }
+        if (field == nullptr) return what + " has no option -" + Utf8(key) + " (it takes " + names + ")";
+        if (!OptionValueAllowed(*field, given.values[k])) {
+            return what + ": -" + Utf8(field->name) + " takes " + AllowedText(*field) + ", not '" +
+                   Utf8(given.values[k]) + "'";
+        }
+    }
+    return "";
+}
+
+// A whole number written with digits alone, or -1.
+int WholeNumber(const std::string& text) {
+    if (text.empty() || text.size() > 9 || text.find_first_not_of("0123456789") != std::string::npos) return -1;
+    return std::atoi(text.c_str());
+}
+
 bool SetText(const std::u16string& key, const char16_t* name, const std::string& value) {
     return SetSettingText(Text(value), name, 0, key.c_str());
 }
@@ -292,6 +339,9 @@ int ConvertCommand(const std::vector<std::string>& words) {
         if (!IsKnownEncoder(t.entry)) {
             return Fail(kExitUsage, "unknown encoder '" + t.entry + "' (qvt plugins lists the installed ones)");
         }
+        clString encoder = EncoderOfProfile(Text(t.entry));
+        std::string problem = OptionsProblem(encoder, false, t.options, "--options of " + Utf8(encoder));
+        if (!problem.empty()) return Fail(kExitUsage, problem);
     }
     clEffectList effects;
     for (const std::string& effect : args.values["effect"]) {
@@ -300,7 +350,10 @@ int ConvertCommand(const std::vector<std::string>& words) {
         if (!PathExists(DSPLibraryPath(Text(name)))) {
             return Fail(kExitUsage, "unknown effect '" + name + "' (qvt plugins lists the installed ones)");
         }
-        effects.Add(Text(name), Text(equals == std::string::npos ? "" : effect.substr(equals + 1)));
+        std::string settings = equals == std::string::npos ? "" : effect.substr(equals + 1);
+        std::string problem = OptionsProblem(Text(name), true, settings, "--effect " + name);
+        if (!problem.empty()) return Fail(kExitUsage, problem);
+        effects.Add(Text(name), Text(settings));
     }
     std::string overwrite = Lower(args.Last("overwrite", "ask"));
     if (overwrite != "ask" && overwrite != "skip" && overwrite != "always") {
@@ -308,7 +361,7 @@ int ConvertCommand(const std::vector<std::string>& words) {
     }
     clEffectList entryEffects;
     if (args.Has("cores")) {
-        int cores = std::atoi(args.Last("cores").c_str());
+        int cores = WholeNumber(args.Last("cores"));
         if (cores < 1 || cores > 64) return Fail(kExitUsage, "--cores takes a number from 1 to 64");
         // Slots without a processor of their own: the system places them.
         std::string force = "-noally";
@@ -369,7 +422,7 @@ int ConvertCommand(const std::vector<std::string>& words) {
         entryEffects.Clear();
         if (args.Has("cores")) {
             std::string force = "-noally";
-            for (int c = 1; c <= std::atoi(args.Last("cores").c_str()); ++c) force += " -cpu" + std::to_string(c);
+            for (int c = 1; c <= WholeNumber(args.Last("cores")); ++c) force += " -cpu" + std::to_string(c);
             entryEffects.Add(clString(u"Multi-CPU Force"), Text(force));
         }
     }

@@ -219,6 +219,20 @@ inline std::u16string Option(const std::u16string& options, const std::u16string
     return options.substr(at, end == std::u16string::npos ? std::u16string::npos : end - at);
 }
 
+// The first refusal among the described options that `options` gives;
+// empty when all are allowed. Options the table doesn't name are left to
+// the library.
+inline std::string CheckOptions(const OptionTable& table, const std::u16string& options) {
+    for (size_t i = 0; i < table.count; ++i) {
+        const OptionSpec& o = table.specs[i];
+        std::u16string name;
+        for (const char* c = o.name; *c != 0; ++c) name.push_back(static_cast<char16_t>(*c));
+        std::string refusal = RefusalOf(o, ToUtf8(Option(options, name)));
+        if (!refusal.empty()) return refusal;
+    }
+    return std::string();
+}
+
 // How an uncompressed encoder writes its samples: the stream's own kind
 // and depth (whole bytes), or what `-bits="8|16|24|32|float"` asks for.
 struct SampleLayout {
@@ -311,6 +325,12 @@ struct InstanceBase {
     // Keeps the reason, lets go, and answers false.
     bool Fail(const char* why) {
         error = FromAscii(why);
+        Release();
+        return false;
+    }
+    // The same for a reason that quotes what a user gave (UTF-8).
+    bool Fail(const std::string& why) {
+        error = FromBytes(why);
         Release();
         return false;
     }

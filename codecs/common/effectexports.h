@@ -88,7 +88,13 @@ QV_EXPORT int32_t DSP_BeginConversion(uint64_t handle, qv_begin_record* record, 
     Effect* self = Self(handle);
     self->error.clear();
     self->hasFinalTags = false;
-    return self->Begin(*record, settings != nullptr ? std::u16string(settings) : std::u16string()) ? 1 : 0;
+    std::u16string given = settings != nullptr ? std::u16string(settings) : std::u16string();
+#ifdef QVC_EFFECT_HAS_SPECS
+    // A value the description doesn't allow is refused by name.
+    std::string refusal = qvc::CheckOptions(qvc::OptionTable{kOptionSpecs, std::size(kOptionSpecs), nullptr}, given);
+    if (!refusal.empty()) return self->Fail(refusal) ? 1 : 0;
+#endif
+    return self->Begin(*record, given) ? 1 : 0;
 }
 
 QV_EXPORT int32_t DSP_PassAudioBlock(uint64_t handle, const qv_audio_block* in, qv_audio_block* out) {

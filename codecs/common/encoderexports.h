@@ -86,6 +86,10 @@ QV_EXPORT void* ENC_ShowConfigBit(uint64_t handle, void*, int32_t, int32_t, cons
 QV_EXPORT const qv_char* ENC_RemoveConfigBit(uint64_t handle, void*) { return Self(handle)->page.Get(); }
 
 QV_EXPORT int32_t ENC_BeginConversion(uint64_t handle, qv_encoder_begin_record* record) {
+    // A value the description doesn't allow is refused by name before
+    // anything is made of it.
+    std::string refusal = qvc::CheckOptions(kOptions, record->optionString != nullptr ? record->optionString : u"");
+    if (!refusal.empty()) return Self(handle)->Fail(refusal) ? 1 : 0;
     return Self(handle)->Begin(*record) ? 1 : 0;
 }
 

@@ -13,6 +13,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdlib>
 #include <iterator>
 #include <string>
 
@@ -88,6 +89,44 @@ inline std::string OptionHelpText(const OptionTable& table) {
         text += "\n";
     }
     return text;
+}
+
+// Why `value` given for `o` is refused: "-level takes 0..8, not 'abc'";
+// empty when it is allowed. An empty value stands for "not given".
+inline std::string RefusalOf(const OptionSpec& o, const std::string& value) {
+    if (value.empty()) return std::string();
+    std::string refused = "-" + std::string(o.name) + " takes " + ValuesShown(o) + ", not '" + value + "'";
+    switch (o.kind) {
+        case OptionKind::Flag: return value == "1" ? std::string() : refused;
+        case OptionKind::Choice: {
+            std::string shown = "|" + ValuesShown(o) + "|";
+            return shown.find("|" + value + "|") != std::string::npos ? std::string() : refused;
+        }
+        case OptionKind::Integer:
+        case OptionKind::Decimal: {
+            std::string range = o.values;
+            size_t dots = range.find("..");
+            double low = std::strtod(range.substr(0, dots).c_str(), nullptr);
+            double high = std::strtod(range.substr(dots + 2).c_str(), nullptr);
+            // Digits only (and a sign, and for a decimal one point): no
+            // blanks, exponents or words that strtod would take in part.
+            size_t digits = 0, points = 0;
+            for (size_t i = 0; i < value.size(); ++i) {
+                char c = value[i];
+                if (c >= '0' && c <= '9') {
+                    ++digits;
+                } else if (c == '.' && o.kind == OptionKind::Decimal) {
+                    ++points;
+                } else if (!(c == '-' && i == 0)) {
+                    return refused;
+                }
+            }
+            if (digits == 0 || points > 1) return refused;
+            double number = std::strtod(value.c_str(), nullptr);
+            return number < low || number > high ? refused : std::string();
+        }
+    }
+    return refused;
 }
 
 }  // namespace qvc

@@ -45,8 +45,23 @@ bool PlatformDeleteFile(const char16_t* path) { return DeleteFileW(W(path)) != F
 bool PlatformMoveFile(const char16_t* from, const char16_t* to) { return MoveFileW(W(from), W(to)) != FALSE; }
 
 bool PlatformReplaceFile(const char16_t* from, const char16_t* to) {
-    return MoveFileExW(W(from), W(to), MOVEFILE_REPLACE_EXISTING | MOVEFILE_COPY_ALLOWED | MOVEFILE_WRITE_THROUGH) !=
-           FALSE;
+    // Another process that replaces or reads the same target at this
+    // moment makes the move fail for a moment (a sharing violation, or
+    // access denied while the old file is on its way out), where a POSIX
+    // rename would simply win. Such a failure is tried again for about a
+    // second before it stands.
+    for (int attempt = 0;; ++attempt) {
+        if (MoveFileExW(W(from), W(to), MOVEFILE_REPLACE_EXISTING | MOVEFILE_COPY_ALLOWED | MOVEFILE_WRITE_THROUGH)) {
+            return true;
+        }
+        DWORD error = GetLastError();
+        bool passing = error == ERROR_SHARING_VIOLATION || error == ERROR_ACCESS_DENIED || error == ERROR_LOCK_VIOLATION;
+        if (!passing || attempt == 20) {
+            SetLastError(error);
+            return false;
+        }
+        Sleep(50);
+    }
 }
 
 bool PlatformCreateDirectory(const char16_t* path) { return CreateDirectoryW(W(path), nullptr) != FALSE; }

@@ -85,6 +85,18 @@ TEST_F(QvtTest, BadInputIsOneLineAndExitCodeTwo) {
          "qvt: the naming rule '[artist]\\\\[title]' leaves a folder name empty"},
         {{clString(u"convert"), clString(u"--naming"), clString(u"[artist]/"), src}, "leaves the file name empty"},
         {{clString(u"convert"), clString(u"--cores"), clString(u"0"), src}, "qvt: --cores takes a number"},
+        {{clString(u"convert"), clString(u"--cores"), clString(u"3x"), src}, "qvt: --cores takes a number"},
+        // Options are checked against what each library describes, before
+        // anything starts.
+        {{clString(u"convert"), clString(u"--to"), clString(u"Wave"), clString(u"--options"),
+          clString(u"-bits=\"12\""), src},
+         "qvt: --options of Wave: -bits takes 8|16|24|32|float, not '12'"},
+        {{clString(u"convert"), clString(u"--to"), clString(u"Wave"), clString(u"--options"),
+          clString(u"-bitz=\"16\""), src},
+         "qvt: --options of Wave has no option -bitz (it takes -bits)"},
+        {{clString(u"convert"), clString(u"--to"), clString(u"Wave"), clString(u"--effect"),
+          clString(u"Bit Depth=-bits=\"16x\""), src},
+         "qvt: --effect Bit Depth: -bits takes 8|16|24|32, not '16x'"},
         {{clString(u"convert"), clString(u"--overwrite"), clString(u"maybe"), src}, "qvt: --overwrite takes"},
         {{clString(u"convert"), clString(u"--bogus"), src}, "qvt: unknown option '--bogus'"},
         {{clString(u"convert")}, "qvt: no files or folders given"},
@@ -102,8 +114,9 @@ TEST_F(QvtTest, BadInputIsOneLineAndExitCodeTwo) {
     EXPECT_EQ(run.code, 2);
     EXPECT_EQ(run.output, "qvt: no audio files found in the paths given\n");
     // Audio only further down: the hint.
-    MakeFolders(dir.File(u"nested/deeper"));
-    WriteBytes(dir.File(u"nested/deeper/a.wav"), ToneWave(1, 0.2));
+    clString deeper = JoinPath(dir.File(u"nested"), clString(u"deeper"));
+    MakeFolders(deeper);
+    WriteBytes(JoinPath(deeper, clString(u"a.wav")), ToneWave(1, 0.2));
     run = Qvt({clString(u"convert"), clString(u"--to"), clString(u"Wave"), dir.File(u"nested")});
     EXPECT_EQ(run.code, 2);
     EXPECT_EQ(run.output,
@@ -145,10 +158,11 @@ TEST_F(QvtTest, HelpNamesProfilesAndSettings) {
     EXPECT_EQ(run.output, expected);
 
     // Without --folder, beside the source, as convert puts it.
-    run = Qvt({clString(u"name"), clString(u"[origfilename] (x)"), JoinPath(src, clString(u"tone 1.wav"))});
+    run = Qvt({clString(u"name"), clString(u"--to"), clString(u"AIFF"), clString(u"[origfilename] (x)"),
+               JoinPath(src, clString(u"tone 1.wav"))});
     EXPECT_EQ(run.code, 0);
     EXPECT_EQ(run.output, std::string(JoinPath(src, clString(u"tone 1.wav")).ToUtf8()) + " -> " +
-                              std::string(JoinPath(src, clString(u"tone 1 (x).flac")).ToUtf8()) + "\n");
+                              std::string(JoinPath(src, clString(u"tone 1 (x).aiff")).ToUtf8()) + "\n");
 
     run = Qvt({clString(u"profile"), clString(u"create"), clString(u"Small"), clString(u"--to"), clString(u"Wave")});
     EXPECT_EQ(run.output, "Small \"Wave\"\n");

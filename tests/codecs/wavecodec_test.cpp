@@ -238,6 +238,26 @@ TEST_F(WaveCodec, TagsAndADepthOptionReachTheOutput) {
     }
 }
 
+// A value the encoder's or an effect's description doesn't allow is refused
+// by name, with what it takes, and nothing is written: no number is made of
+// a word.
+TEST_F(WaveCodec, OptionValuesOutsideTheDescriptionAreRefusedByName) {
+    const std::string wave = Riff(FormatBody(1, 2, 44100, 2, 16, false), Samples(1000, 2));
+    struct Case {
+        const char16_t* options;
+        const char16_t* reason;
+    } cases[] = {
+        {u"-bits=\"abc\"", u"-bits takes 8|16|24|32|float, not 'abc'"},
+        {u"-bits=\"16 \"", u"-bits takes 8|16|24|32|float, not '16 '"},
+        {u"-dspeffect1=\"Bit Depth=-bits=%2212%22\"", u"-bits takes 8|16|24|32, not '12'"},
+    };
+    for (const Case& c : cases) {
+        std::u16string log = Convert(u"in.wav", wave, c.options);
+        EXPECT_NE(log.find(c.reason), std::u16string::npos) << std::string(log.begin(), log.end());
+        EXPECT_FALSE(PathExists(dir.File(u"out.wav")));
+    }
+}
+
 TEST_F(WaveCodec, DamagedFilesFailWithTheirReasonAndNoOutput) {
     std::string good = Riff(FormatBody(1, 2, 44100, 2, 16, false), Samples(20000, 2));
     struct Case {
