@@ -51,6 +51,8 @@ Options:
   --overwrite MODE    what to do with outputs that exist already: ask (the
                       default; with no terminal to ask, skip), skip, always
   --recursive         walk the folders named, and all folders below them
+  -q, --quiet         say nothing but the errors
+  -v, --verbose       also each file's information lines, as the file ends
   --window            show the conversion in the program's window instead of
                       the terminal, where there is a display (the exit status
                       then says only whether the run could start: 0, or 1
@@ -61,6 +63,9 @@ An output never replaces its own source; two files of one run that would
 make the same output get names of their own ("song (2).flac"). A file that
 can't be handed over (not a regular file, a line break in its name) is
 skipped with a line.
+
+Progress and results go to standard output, errors and the error log to
+standard error.
 
 Exit status: 0 every file converted, 1 some files failed or were skipped
 (the log names them), 2 a usage error, 130 cancelled (Ctrl-C), 143 ended by
@@ -146,7 +151,8 @@ namespace {
 
 const std::vector<OptionSpec> kSpecs = {{"to", true},     {"options", true}, {"folder", true},    {"naming", true},
                                         {"effect", true}, {"cores", true},   {"overwrite", true}, {"recursive", false},
-                                        {"window", false}};
+                                        {"window", false}, {"quiet", false},    {"q", false},         {"verbose", false},
+                                        {"v", false}};
 
 std::string Lower(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
@@ -459,6 +465,8 @@ int ConvertCommand(const std::vector<std::string>& words) {
     arguments.Add(clString(u"-select_profile=", selected.text));
     arguments.Add(clString(u"-additionalprofile=", profile.text));
     if (!args.Has("window")) arguments.Add(u"-console");
+    if (args.Has("quiet") || args.Has("q")) arguments.Add(u"-quiet");
+    if (args.Has("verbose") || args.Has("v")) arguments.Add(u"-verbose");
     arguments.Add(Text("-overwrite=" + overwrite));
     clString program = JoinPath(GetProgramFolder(), clString(u"TrackConverter"));
     program.Append(PlatformExecutableSuffix());

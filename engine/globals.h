@@ -17,6 +17,9 @@ extern bool globalSkipOptions;     // -skip_ready_to_conv
 extern bool globalConsole;
 // -overwrite=ask|skip|always: how the terminal treats existing outputs.
 extern int32_t globalOverwriteMode;
+// How much the terminal view says: -1 only errors (-quiet), 0, 1 also each
+// file's information as it ends (-verbose).
+extern int32_t globalVerbosity;
 extern int globalExitCode;
 // The extras file of -dynamic_naming_extras as read; LoadNamingExtras makes
 // it the tag list globalNamingExtras (naming/sourcefacts.h).

@@ -102,6 +102,8 @@ bool HandleCommandLine(const clString& commandLine, clConversionInput& input, co
     input.centerOnWindow = options.Get(u"centeronwnd").ToInt64();
     if (options.Has(u"skip_ready_to_conv")) globalSkipOptions = true;
     if (options.Has(u"console")) globalConsole = true;
+    if (options.Has(u"quiet")) globalVerbosity = -1;
+    if (options.Has(u"verbose")) globalVerbosity = 1;
     if (options.Has(u"overwrite")) {
         clString mode = options.Get(u"overwrite");
         globalOverwriteMode = mode.EqualsNoCase(u"always") ? kOverwriteAlways
@@ -221,6 +223,7 @@ bool RunOptionsWindow(clConversionInput& /*input*/) { return false; }
 // half-written stays.
 void RunConversionWindow(clConversionInput& input) {
     clTerminalView view(clTerminalIo::Process(), static_cast<clOverwriteMode>(globalOverwriteMode));
+    view.verbosity = static_cast<clVerbosity>(globalVerbosity);
     int code = view.Run(input, clConversionServices::Defaults());
     // A run ended by a signal says so whoever started it.
     if (globalConsole || code > kExitCancelled) globalExitCode = code;

@@ -118,6 +118,7 @@ clTerminalIo clTerminalIo::Process() {
     io.inputIsTerminal = PlatformIsTerminal(0);
     io.width = PlatformTerminalWidth();
     io.write = PlatformWriteOutput;
+    io.writeError = PlatformWriteError;
     // Shared by every view of the process, and never freed: the reading
     // thread may outlive them all.
     static InputLines* input = new InputLines;
@@ -170,6 +171,7 @@ void clTerminalView::Say(const std::string& text) { io.write(text); }
 void clTerminalView::LeaveBlock() { drawn.clear(); }
 
 void clTerminalView::Draw(const clConversion& conversion, bool force) {
+    if (verbosity == kVerbosityQuiet) return;
     if (!io.outputIsTerminal) {
         DrawPlain(conversion, force);
         return;
@@ -262,8 +264,10 @@ bool clTerminalView::AskOverwrite(clOverwriteItems& items) {
     };
     if (overwriteMode == kOverwriteSkip || !io.inputIsTerminal) {
         skipAll();
-        Say("Skipping " + std::to_string(existing.size()) +
-            (existing.size() == 1 ? " file that exists" : " files that exist") + " already.\n");
+        if (verbosity != kVerbosityQuiet) {
+            Say("Skipping " + std::to_string(existing.size()) +
+                (existing.size() == 1 ? " file that exists" : " files that exist") + " already.\n");
+        }
         return true;
     }
     Say("These files exist already:\n");
@@ -295,6 +299,7 @@ bool clTerminalView::AskOverwrite(clOverwriteItems& items) {
 }
 
 void clTerminalView::TellRenamed(const clOverwriteItems& renamed) {
+    if (verbosity == kVerbosityQuiet) return;
     LeaveBlock();
     for (int64_t i = 0; i < renamed.Count(); ++i) {
         Say("Another file of this run is written to " + Utf8(renamed[i].outputPath) + "; this one goes to " +
@@ -302,14 +307,33 @@ void clTerminalView::TellRenamed(const clOverwriteItems& renamed) {
     }
 }
 
+// Errors go to standard error, the information to standard output (not
+// when quiet, nor again when it was told as it came).
 void clTerminalView::ShowLogs(const clLogEntries& errors, const clLogEntries& infos) {
     if (current != nullptr) Draw(*current, true);
     LeaveBlock();
     logsShown = true;
-    std::string text = "\n" + Utf8(LogReportTitle(errors.Count() > 0, infos.Count() > 0)) + "\n\n";
-    if (errors.Count() > 0) text += WithUnixLineEnds(LogReportText(errors, true)) + "\n";
-    if (infos.Count() > 0) text += WithUnixLineEnds(LogReportText(infos, false)) + "\n";
-    Say(text);
+    const bool tellInfos = infos.Count() > 0 && verbosity == kVerbosityNormal;
+    if (errors.Count() > 0) {
+        std::string text = "\n" + Utf8(LogReportTitle(true, false)) + "\n\n" +
+                           WithUnixLineEnds(LogReportText(errors, true)) + "\n";
+        (io.writeError ? io.writeError : io.write)(text);
+    }
+    if (tellInfos) {
+        Say("\n" + Utf8(LogReportTitle(false, true)) + "\n\n" + WithUnixLineEnds(LogReportText(infos, false)) + "\n");
+    }
+}
+
+// Verbose: each file's information lines as soon as the file has ended.
+void clTerminalView::TellNewInfos(const clConversion& conversion) {
+    for (; infosTold < conversion.infos.Count(); ++infosTold) {
+        const clLogEntry& entry = conversion.infos[infosTold];
+        if (entry.lines.Count() == 0) continue;
+        std::string text = Utf8(LogFileItemText(entry, false)) + "\n";
+        for (int64_t k = 0; k < entry.lines.Count(); ++k) text += "   " + Utf8(entry.lines[k]) + "\n";
+        LeaveBlock();
+        Say(text);
+    }
 }
 
 int clTerminalView::Run(clConversionInput& input, clConversionServices services) {
@@ -342,6 +366,7 @@ int clTerminalView::Run(clConversionInput& input, clConversionServices services)
         }
         ReadCancelAnswer(conversion);
         conversion.Tick(displayTick);
+        if (verbosity == kVerbosityVerbose) TellNewInfos(conversion);
         if (conversion.state == kStateFinished && !conversion.closed) {
             // Nobody is there to press "Finish": the last picture stays.
             Draw(conversion, true);

@@ -35,6 +35,8 @@ struct clTerminalIo {
     bool inputIsTerminal = false;
     int32_t width = 80;
     std::function<void(const std::string& utf8)> write;
+    // Standard error: the errors of a run, and nothing else.
+    std::function<void(const std::string& utf8)> writeError;
     // A line the user typed. With `wait` it blocks until one comes; without,
     // it answers false at once when none is waiting. False also at the end
     // of input.
@@ -61,9 +63,15 @@ std::vector<std::string> RenderConversion(const clConversion& conversion, int32_
 // A bar of `cells` cells, `hundredths` of a percent of it filled.
 std::string ProgressBar(int32_t hundredths, int32_t cells);
 
+// How much the terminal says: only the errors, the usual, or also each
+// file's information lines as the file ends.
+enum clVerbosity : int32_t { kVerbosityQuiet = -1, kVerbosityNormal = 0, kVerbosityVerbose = 1 };
+
 class clTerminalView {
 public:
     clTerminalView(const clTerminalIo& terminalIo, clOverwriteMode overwriteMode);
+
+    clVerbosity verbosity = kVerbosityNormal;
 
     // Runs the whole conversion with `services` (their questions and log
     // showing are this view's) and answers the exit code.
@@ -89,6 +97,7 @@ private:
     bool logsShown = false;
     bool everDrawn = false;
     uint32_t lastDraw = 0;  // tick count of the last redraw
+    int64_t infosTold = 0;  // information entries printed as they came
 
     void Draw(const clConversion& conversion, bool force);
     void DrawPlain(const clConversion& conversion, bool force);
@@ -98,5 +107,6 @@ private:
     bool Terminated(clConversion* conversion);
     void ReadCancelAnswer(clConversion& conversion);
     void ShowLogs(const clLogEntries& errors, const clLogEntries& infos);
+    void TellNewInfos(const clConversion& conversion);
     void Say(const std::string& text);
 };

@@ -18,6 +18,8 @@ void PlatformPrepareTerminal();
 
 // Writes the bytes to standard output at once (no buffering).
 void PlatformWriteOutput(const std::string& bytes);
+// The same to standard error.
+void PlatformWriteError(const std::string& bytes);
 
 // One line typed on standard input, without its line end; blocks until a
 // line comes. False at the end of input.

@@ -15,15 +15,23 @@ int32_t PlatformTerminalWidth() {
 
 void PlatformPrepareTerminal() {}
 
-void PlatformWriteOutput(const std::string& bytes) {
+namespace {
+
+void WriteAll(int stream, const std::string& bytes) {
     size_t done = 0;
     while (done < bytes.size()) {
-        ssize_t n = ::write(STDOUT_FILENO, bytes.data() + done, bytes.size() - done);
+        ssize_t n = ::write(stream, bytes.data() + done, bytes.size() - done);
         if (n < 0 && errno == EINTR) continue;
         if (n <= 0) return;  // a closed pipe: nobody is reading any more
         done += static_cast<size_t>(n);
     }
 }
+
+}  // namespace
+
+void PlatformWriteOutput(const std::string& bytes) { WriteAll(STDOUT_FILENO, bytes); }
+
+void PlatformWriteError(const std::string& bytes) { WriteAll(STDERR_FILENO, bytes); }
 
 bool PlatformReadInputLine(std::string& line) {
     line.clear();

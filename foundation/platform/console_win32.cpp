@@ -28,8 +28,10 @@ void PlatformPrepareTerminal() {
     if (GetConsoleMode(out, &mode)) SetConsoleMode(out, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
 }
 
-void PlatformWriteOutput(const std::string& bytes) {
-    HANDLE out = StreamHandle(1);
+namespace {
+
+void WriteAll(int stream, const std::string& bytes) {
+    HANDLE out = StreamHandle(stream);
     size_t done = 0;
     while (done < bytes.size()) {
         DWORD n = 0;
@@ -38,6 +40,12 @@ void PlatformWriteOutput(const std::string& bytes) {
         done += n;
     }
 }
+
+}  // namespace
+
+void PlatformWriteOutput(const std::string& bytes) { WriteAll(1, bytes); }
+
+void PlatformWriteError(const std::string& bytes) { WriteAll(2, bytes); }
 
 bool PlatformReadInputLine(std::string& line) {
     line.clear();

@@ -10,6 +10,7 @@
 #include "engine/conversioninput.h"
 #include "engine/globals.h"
 #include "foundation/platform/thread.h"
+#include "foundation/settingnames.h"
 #include "foundation/settings.h"
 #include "plugins/sourcefile.h"
 #include "tests/engine/fakeworkers.h"
@@ -245,4 +246,50 @@ TEST_F(TerminalViewTest, OverwriteQuestionAllOneByOneCancelAndNoConsent) {
     clTerminalView view(io, kOverwriteAsk);
     EXPECT_TRUE(view.AskOverwrite(*list));
     EXPECT_EQ(skips(*list), "SSS");
+}
+
+// Errors go to standard error; -quiet says nothing else, -verbose tells
+// each file's information as the file ends (and not again at the end).
+TEST_F(TerminalViewTest, QuietAndVerboseAndTheErrorStream) {
+    std::string errorScreen;
+    io.writeError = [&errorScreen](const std::string& text) { errorScreen += text; };
+    auto count = [](const std::string& text, const std::string& part) {
+        int n = 0;
+        for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++n;
+        return n;
+    };
+    for (clVerbosity verbosity : {kVerbosityQuiet, kVerbosityNormal, kVerbosityVerbose}) {
+        clConversionInput runInput;
+        for (int i = 0; i < 2; ++i) {
+            runInput.sources.Add(new clSourceFile(dir.File(clString::Formatted(u"song %d.wav", i).text)));
+        }
+        screen.clear();
+        errorScreen.clear();
+        launcher.started.clear();
+        script = [this](int) {
+            if (launcher.started.size() >= 1) launcher.started[0]->err = u"Unsupported file\r\n";
+            if (launcher.started.size() >= 2) launcher.started[1]->out = u"The stream ended early\r\n";
+            EndWorkers();
+        };
+        clTerminalView view(io, kOverwriteAsk);
+        view.verbosity = verbosity;
+        // The information log shows at the end when the setting asks for it.
+        SetSettingNumber(1, kDisplayInfoSetting.name);
+        EXPECT_EQ(view.Run(runInput, services), kExitSomeFailed);
+        SetSettingNumber(0, kDisplayInfoSetting.name);
+        EXPECT_EQ(count(errorScreen, "Quillotone: Conversion Errors\n"), 1) << verbosity << errorScreen;
+        EXPECT_EQ(count(errorScreen, "   Unsupported file\n"), 1) << verbosity;
+        EXPECT_EQ(count(screen, "Unsupported file"), 0) << "errors only on the error stream: " << screen;
+        if (verbosity == kVerbosityQuiet) {
+            EXPECT_EQ(screen, "") << "quiet: nothing but the errors";
+        } else if (verbosity == kVerbosityNormal) {
+            EXPECT_EQ(count(screen, "Quillotone: Conversion Information\n"), 1) << screen;
+            EXPECT_EQ(count(screen, "   The stream ended early\n"), 1) << screen;
+        } else {
+            EXPECT_EQ(count(screen, "   The stream ended early\n"), 1) << screen;
+            EXPECT_LT(screen.find("The stream ended early"), screen.find("Converted 2 Files"))
+                << "told as the file ended: " << screen;
+            EXPECT_EQ(count(screen, "Quillotone: Conversion Information"), 0) << screen;
+        }
+    }
 }
