@@ -291,7 +291,10 @@ std::string OptionsProblem(const clString& library, bool effect, const std::stri
     clOptionFields fields;
     if (options.empty() || !OptionSpecOf(library, effect, fields)) return "";
     clCommandOptions given;
-    given.Parse(Text(options));
+    // Effect settings stand inside an effect string, where {qt} is a quote.
+    clString text = Text(options);
+    text.Replace(u"{qt}", u"\"");
+    given.Parse(text);
     for (int64_t k = 0; k < given.keys.Count(); ++k) {
         const clString& key = given.keys[k];
         const clOptionField* field = nullptr;

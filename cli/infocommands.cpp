@@ -22,12 +22,15 @@ namespace qvt {
 
 namespace {
 
-const char* const kPluginsHelp = R"help(Usage: qvt plugins
+const char* const kPluginsHelp = R"help(Usage: qvt plugins [--encoders | --effects]
 
 Lists the installed decoders with the extensions they read, the encoders
 (the entries --to takes, with the extension each writes) and the effects
 (the names --effect takes), each with what its option string (--options)
 or its settings ("NAME=SETTINGS") take.
+
+--encoders and --effects print only those names, one a line, for scripts
+and shell completion.
 )help";
 
 const char* const kNameHelp = R"help(Usage: qvt name [--folder DIR] [--to ENTRY] RULE FILE...
@@ -63,6 +66,19 @@ entry is written  LABEL "ENCODER"  and is what --to takes ({profileqt} may
 stand for each quote, where quotes are hard to pass). "create" stores
 the option string given (or none: the encoder's defaults).
 )help";
+
+// The installed effects' names, sorted.
+std::vector<std::string> EffectNames() {
+    clString folder = JoinPath(GetProgramFolder(), clString(u"DSPs"));
+    std::vector<std::string> effects;
+    clFindFiles find(clString(u"*"), folder);
+    while (find.Next()) {
+        if (find.IsFolder()) continue;
+        effects.push_back(Utf8(GetFileBaseName(find.fullName)));
+    }
+    std::sort(effects.begin(), effects.end());
+    return effects;
+}
 
 bool WantsHelp(const std::vector<std::string>& words, const char* help) {
     for (const std::string& w : words) {
@@ -106,7 +122,20 @@ bool StoreFailed() { return !SettingsStoreProblem().IsEmpty(); }
 
 int PluginsCommand(const std::vector<std::string>& words) {
     if (WantsHelp(words, kPluginsHelp)) return kExitOk;
-    if (!words.empty()) return Fail(kExitUsage, "qvt plugins takes no arguments");
+    bool namesOnly = words.size() == 1 && (words[0] == "--encoders" || words[0] == "--effects");
+    if (!words.empty() && !namesOnly) {
+        return Fail(kExitUsage, "qvt plugins takes --encoders, --effects or nothing (see qvt plugins --help)");
+    }
+    if (namesOnly && words[0] == "--encoders") {
+        clStringList encoders;
+        EnumerateEncoders(encoders, clString());
+        for (int64_t i = 0; i < encoders.Count(); ++i) std::printf("%s\n", Utf8(encoders[i]).c_str());
+        return kExitOk;
+    }
+    if (namesOnly) {
+        for (const std::string& e : EffectNames()) std::printf("%s\n", e.c_str());
+        return kExitOk;
+    }
     clStringList filters;
     ScanDecoders(false, nullptr, &filters);
     std::printf("Decoders:\n");
@@ -124,15 +153,7 @@ int PluginsCommand(const std::vector<std::string>& words) {
         PrintOptionHelp(OptionHelp(encoders[i], false));
     }
     std::printf("Effects:\n");
-    clString folder = JoinPath(GetProgramFolder(), clString(u"DSPs"));
-    std::vector<std::string> effects;
-    clFindFiles find(clString(u"*"), folder);
-    while (find.Next()) {
-        if (find.IsFolder()) continue;
-        effects.push_back(Utf8(GetFileBaseName(find.fullName)));
-    }
-    std::sort(effects.begin(), effects.end());
-    for (const std::string& e : effects) {
+    for (const std::string& e : EffectNames()) {
         std::printf("  %s\n", e.c_str());
         PrintOptionHelp(OptionHelp(Text(e), true));
     }

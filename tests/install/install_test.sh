@@ -2,8 +2,9 @@
 # Installs the build into a fresh prefix, as `cmake --install` does for a
 # user, and checks what a desktop and a terminal find there: a valid
 # desktop entry that opens audio files with the installed TrackConverter,
-# its icon, and qvt on the bin folder converting with the installed
-# plug-ins.
+# its icon, qvt on the bin folder converting with the installed plug-ins,
+# its manual page, and its bash completion of commands and of encoder and
+# effect names (which hold blanks and parentheses).
 # Usage: install_test.sh BUILD_DIR
 set -euo pipefail
 build=$1
@@ -36,4 +37,23 @@ plugins=$("$prefix/bin/qvt" plugins)
 grep -q "^  Wave" <<<"$plugins" || { echo "the installed plug-ins aren't found"; exit 1; }
 "$prefix/bin/qvt" convert --to Wave --options '-bits="24"' --folder "$work/out" "$work/tone.wav" >/dev/null 2>&1 || true
 [ -s "$work/out/tone.wav" ] || { echo "the installed qvt converted nothing"; exit 1; }
-echo "installed and converted"
+man="$prefix/share/man/man1/qvt.1"
+grep -q '^\.TH QVT 1' "$man" && grep -q 'qvt convert' "$man" || { echo "no manual page"; exit 1; }
+completion="$prefix/share/bash-completion/completions/qvt"
+complete_words() {
+  bash -c 'source "$1"; shift; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _qvt; printf "%s\n" "${COMPREPLY[@]}"' \
+    _ "$completion" "$prefix/bin/qvt" "$@"
+}
+check() {
+  local expected=$1; shift
+  local got
+  got=$(complete_words "$@")
+  [ "$got" = "$expected" ] || { echo "completing '$*' gave '$got', not '$expected'"; exit 1; }
+}
+check "convert" con
+check 'MP3\ \(Lame\)' convert --to 'MP3\ ('
+check 'Bit\ Depth=' convert --effect Bit
+check "skip" convert --overwrite s
+check "--recursive" convert --rec
+check "convert" help conv
+echo "installed, converted, manual and completion in place"
