@@ -20,11 +20,13 @@ int32_t Number(const clCommandOptions& options, const char16_t* key) {
     return static_cast<int32_t>(options.Get(key).ToInt64());
 }
 
-// Seconds since 1970 of the file's last write; 0 when there is none.
+// The file's last write, as precisely as the file system keeps it (an
+// output written within the same second as its source is still newer);
+// 0 when there is none.
 int64_t WriteTime(const clString& path) {
     if (path.IsEmpty()) return 0;
     clFindFiles find(path);
-    return find.Next() ? find.found.writeTime : 0;
+    return find.Next() ? find.found.writeNanoseconds : 0;
 }
 
 // A comparison code: negative "below", positive "above" its magnitude;

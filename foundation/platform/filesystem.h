@@ -21,6 +21,9 @@ struct clFindData {
     uint32_t attributes = 0;
     uint64_t size = 0;
     int64_t writeTime = 0;  // seconds since 1970, UTC
+    // The same as precisely as the file system keeps it: nanoseconds since
+    // 1970 UTC (in steps of 100 ns on Windows), for comparing two times.
+    int64_t writeNanoseconds = 0;
     // Creation, in 100 ns ticks since 1601 UTC. POSIX: the birth time where
     // the file system keeps one, else the last write.
     uint64_t creationTicks = 0;

@@ -34,6 +34,7 @@ void FillFromStat(const struct stat& st, const char* name, bool isLink, clFindDa
     if (found.attributes == 0) found.attributes = clAttributeNormal;
     found.size = S_ISDIR(st.st_mode) ? 0 : static_cast<uint64_t>(st.st_size);
     found.writeTime = st.st_mtime;
+    found.writeNanoseconds = static_cast<int64_t>(st.st_mtim.tv_sec) * 1000000000LL + st.st_mtim.tv_nsec;
     found.creationTicks = static_cast<uint64_t>(st.st_mtime + 11644473600LL) * 10000000ULL +
                           static_cast<uint64_t>(st.st_mtim.tv_nsec / 100);
     FromNative(name, found.name);

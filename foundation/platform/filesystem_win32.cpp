@@ -13,6 +13,7 @@ void Fill(const WIN32_FIND_DATAW& data, clFindData& found) {
     uint64_t ticks =
         (static_cast<uint64_t>(data.ftLastWriteTime.dwHighDateTime) << 32) | data.ftLastWriteTime.dwLowDateTime;
     found.writeTime = static_cast<int64_t>(ticks / 10000000ULL) - 11644473600LL;
+    found.writeNanoseconds = (static_cast<int64_t>(ticks) - 116444736000000000LL) * 100;
     found.creationTicks =
         (static_cast<uint64_t>(data.ftCreationTime.dwHighDateTime) << 32) | data.ftCreationTime.dwLowDateTime;
     found.name.Assign(reinterpret_cast<const char16_t*>(data.cFileName));

@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <string>
 
+#include "foundation/findfiles.h"
+#include "foundation/platform/thread.h"
 #include "plugins/quillotone_plugin.h"
 #include "plugins/sourcefile.h"
 #include "plugins/taglist.h"
@@ -144,6 +146,22 @@ TEST(ConditionalRules, FileTestsLookAtTheDisk) {
     EXPECT_FALSE(skips(u"-gen=6"));
     EXPECT_TRUE(skips(u"-gen=1"));
     EXPECT_FALSE(skips(u"-gen=9"));  // an unknown test never holds
+
+    // Within one second: an output written a moment after its source is
+    // newer. (Written, not stamped: a time set through the C library has
+    // whole seconds on Windows.)
+    bool sameSecond = false;
+    for (int attempt = 0; attempt < 20 && !sameSecond; ++attempt) {
+        ASSERT_TRUE(WriteBytes(source.path, "RIFF"));
+        PlatformSleep(30);
+        ASSERT_TRUE(WriteBytes(out, "ID3"));
+        clFindFiles a(source.path), b(out);
+        ASSERT_TRUE(a.Next() && b.Next());
+        sameSecond = a.found.writeTime == b.found.writeTime && a.found.writeNanoseconds < b.found.writeNanoseconds;
+    }
+    ASSERT_TRUE(sameSecond);
+    EXPECT_TRUE(skips(u"-gen=6"));
+    EXPECT_FALSE(skips(u"-gen=1"));
 }
 
 // "Audio Quality" is looked up in the tags first, then in the decoder's
