@@ -144,6 +144,31 @@ TEST_F(ConversionTest, FreedSlotIsRefilledAtTheNextTickFromTheLowestIndex) {
     EXPECT_EQ(c.fileNumber, 3);
 }
 
+// A difference from a plain 50 ms timer, on purpose: a worker's end makes a
+// tick due at once, and that early tick (which leaves the rows' texts
+// alone) starts the next file, so that a core doesn't sit idle for the rest
+// of the 50 ms. The texts still turn on the timer's ticks only.
+TEST_F(ConversionTest, AWorkersEndMakesATickDueThatStartsTheNextFileAtOnce) {
+    AddSources(3);
+    services.processorCount = 2;
+    clConversion c(input, services);
+    c.Open();
+    TickPastExamining(c);
+    now += 50;
+    c.Tick();
+    ASSERT_EQ(launcher.started.size(), 2u);
+    EXPECT_FALSE(c.TickDue()) << "both workers run";
+    const uint32_t rowTurn = c.slots[1].textTick;
+    launcher.started[0]->ended = true;
+    EXPECT_TRUE(c.TickDue());
+    now += 5;
+    c.Tick(false);
+    ASSERT_EQ(launcher.started.size(), 3u) << "started without waiting for the timer";
+    EXPECT_EQ(U(c.slots[0].sourcePath), U(input.Source(2).path));
+    EXPECT_EQ(c.slots[1].textTick, rowTurn) << "an early tick leaves the rows alone";
+    EXPECT_FALSE(c.TickDue()) << "no slot is free and nothing waits";
+}
+
 TEST_F(ConversionTest, FailedJobIsLoggedAndTheBatchGoesOnThenTheLogsShowAtOnce) {
     AddSources(3);
     clConversion c(input, services);

@@ -88,6 +88,11 @@ TEST(SlotReport, RowTextTurnsEverySixteenTicksAndKeepsTheOldTextBriefly) {
     EXPECT_EQ(report.textEmptySince, 0u);
 }
 
+// On purpose, a job's log text has a limit (kReportTextLimit characters a
+// log): a worker that floods its pipes would otherwise grow the program
+// without end and make a log no one can read. The cut is said once, and
+// the program's own lines (the watchdog's, the output diagnosis) always
+// stay.
 TEST(SlotReport, AFloodOfLinesIsCutOnceAtTheLimitButTheProgramsOwnLinesStay) {
     clSlotReport report;
     report.Reset(0);
