@@ -74,17 +74,12 @@ struct Effect : qvc::EffectBase {
 };
 
 constexpr bool kTwoPass = false;
-// What "qvt plugins" shows of the options (see the top of this file).
-constexpr const char* kOptionHelp =
-    "-bits=\"8|16|24|32\"   the output depth, 16 when not given\n"
-    "-dither=\"0\"          round without dither\n";
-
 // Its settings page.
 constexpr qvc::OptionSpec kOptionSpecs[] = {
     {"bits", qvc::OptionKind::Choice, "16", "8=8-bit,16=16-bit,24=24-bit,32=32-bit", "Output depth",
      "the output depth"},
     {"dither", qvc::OptionKind::Choice, "", "=Triangular dither,0=Round without dither", "Reducing",
-     "how a depth is reduced"},
+     "0: round without dither; triangular dither when not given"},
 };
 }  // namespace
 

@@ -173,11 +173,6 @@ struct Effect : qvc::EffectBase {
 };
 
 constexpr bool kTwoPass = false;
-// What "qvt plugins" shows of the options (see the top of this file).
-constexpr const char* kOptionHelp =
-    "-channels=\"1..8\"   the output's channel count\n"
-    "-max=\"1..8\"        mix down only a stream with more channels than this\n";
-
 // Its settings page.
 constexpr qvc::OptionSpec kOptionSpecs[] = {
     {"channels", qvc::OptionKind::Choice, "",

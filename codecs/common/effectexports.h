@@ -14,9 +14,10 @@
 //   kTwoPass   whether it wants an analysis pass first; or, with
 //     QVC_EFFECT_TWO_PASS_BY_SETTINGS defined ahead of this file,
 //     bool WantsTwoPass(const std::u16string& settings) in its place
-//   kOptionHelp  what its settings take, for "qvt plugins"
-// and, for a settings page, kOptionSpecs (optionspec.h) with
-// QVC_EFFECT_HAS_SPECS defined ahead of this file.
+//   kOptionSpecs (optionspec.h) with QVC_EFFECT_HAS_SPECS defined ahead of
+//     this file: its settings described, for the settings page, the help
+//     "qvt plugins" prints and the refusal of a bad value; or, for
+//     settings that don't fit a description, kOptionHelp: their help.
 // EffectBase gives the ones an effect has no use for.
 #pragma once
 
@@ -69,7 +70,13 @@ QV_EXPORT int32_t DSP_Get(uint64_t handle, const qv_char* key, qv_query_record* 
         return 1;
     }
 #endif
+#ifdef QVC_EFFECT_HAS_SPECS
+    static const std::string help =
+        qvc::OptionHelpText(qvc::OptionTable{kOptionSpecs, std::size(kOptionSpecs), nullptr});
+    int32_t shared = qvc::AnswerShared(key, record, self->error, self->errorAnswer, help.c_str());
+#else
     int32_t shared = qvc::AnswerShared(key, record, self->error, self->errorAnswer, kOptionHelp);
+#endif
     return shared < 0 ? 0 : shared;
 }
 

@@ -330,11 +330,6 @@ struct Effect : qvc::EffectBase {
     }
 };
 
-// What "qvt plugins" shows of the options (see the top of this file).
-constexpr const char* kOptionHelp =
-    "-mode=\"track|album\"   album: album gain and peak too, at the end of a batch; album when not given\n"
-    "-apply=\"tags|gain\"    write the gain as tags, or apply the track gain to the audio; tags when not given\n";
-
 // Its settings page.
 constexpr qvc::OptionSpec kOptionSpecs[] = {
     {"mode", qvc::OptionKind::Choice, "album", "track=Track gain only,album=Track and album gain", "Mode",

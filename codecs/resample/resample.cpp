@@ -106,9 +106,6 @@ struct Effect : qvc::EffectBase {
 };
 
 constexpr bool kTwoPass = false;
-// What "qvt plugins" shows of the options (see the top of this file).
-constexpr const char* kOptionHelp = "-rate=\"N\"   the output rate in Hz, 1,000 to 768,000; 44,100 when not given\n";
-
 // Its settings page.
 constexpr qvc::OptionSpec kOptionSpecs[] = {
     {"rate", qvc::OptionKind::Integer, "44100", "1000..768000", "Rate (Hz)", "the output rate in Hz"},

@@ -101,14 +101,6 @@ struct Effect : qvc::EffectBase {
 };
 
 constexpr bool kTwoPass = true;
-// What "qvt plugins" shows of the options (see the top of this file).
-constexpr const char* kOptionHelp =
-    "-mode=\"peak|loudness\"   peak: the highest sample reaches the target;\n"
-    "                        loudness: the EBU R128 integrated loudness\n"
-    "                        does. peak when not given\n"
-    "-target=\"dB\"            dBFS for peak (-1 when not given), LUFS for\n"
-    "                        loudness (-23 when not given)\n";
-
 // Its settings page.
 constexpr qvc::OptionSpec kOptionSpecs[] = {
     {"mode", qvc::OptionKind::Choice, "peak", "peak=Peak level,loudness=Loudness (EBU R128)", "Normalize by",
