@@ -2,8 +2,12 @@
 // killed mid-file, a worker that stops answering, a disk that fills up.
 #include <signal.h>
 
+#include <cstdlib>
 #include <future>
 
+#include "foundation/settingnames.h"
+#include "foundation/settings.h"
+#include "plugins/encoderentries.h"
 #include "tests/cli/faultfixture.h"
 
 TEST_F(FaultTest, AWorkerKilledMidFileFailsItsJobAndLeavesNoPartialFile) {
@@ -70,4 +74,45 @@ TEST_F(FaultTest, AFullDiskFailsTheJobAndLeavesNoPartialFile) {
     EXPECT_FALSE(PathExists(Out(u"big.wav")));
     EXPECT_TRUE(PathExists(Out(u"small.wav"))) << run.output;
     EXPECT_EQ(CountFiles(out, u".qvtmp"), 0);
+}
+
+namespace {
+
+// The parent of a process, from /proc; 0 when it can't be read.
+int ParentOf(int pid) {
+    std::string status = ReadBytes(clString::Formatted(u"/proc/%d/status", pid));
+    size_t at = status.find("PPid:");
+    return at == std::string::npos ? 0 : std::atoi(status.c_str() + at + 5);
+}
+
+bool HasRunProfile(int qvtPid) {
+    SetSettingsRoot(kSettingsHive, kSettingsRoot);
+    clStringList profiles;
+    EnumSettingKeys(EntryKeyPath(clString(u"Wave"), clString()).text, profiles);
+    return profiles.Find(clString::Formatted(u"qvt-%d", qvtPid).text, false);
+}
+
+}  // namespace
+
+// A qvt killed mid-run leaves its profile behind; the next run clears it.
+TEST_F(FaultTest, AKilledRunsProfileGoesWithTheNextRun) {
+    Source(u"long.wav", 20.0);
+    std::future<QvtRun> qvt = std::async(std::launch::async, [&] {
+        return Qvt({clString(u"convert"), clString(u"--to"), clString(u"Wave"), clString(u"--folder"), out,
+                    clString(u"--effect"), Fault(20), src});
+    });
+    int worker = WaitForWorker(qvt);
+    ASSERT_NE(worker, 0) << qvt.get().output;
+    int trackConverter = ParentOf(worker);
+    int qvtPid = ParentOf(trackConverter);
+    ASSERT_GT(qvtPid, 1);
+    EXPECT_TRUE(HasRunProfile(qvtPid));
+    for (int pid : {qvtPid, trackConverter, worker}) ::kill(pid, SIGKILL);
+    qvt.get();
+    EXPECT_TRUE(HasRunProfile(qvtPid)) << "a killed run can't clear up after itself";
+    Source(u"short.wav", 0.3, 1);
+    QvtRun next = Qvt({clString(u"convert"), clString(u"--to"), clString(u"Wave"), clString(u"--folder"),
+                       dir.File(u"next"), JoinPath(src, clString(u"short.wav"))});
+    EXPECT_EQ(next.code, 0) << next.output;
+    EXPECT_FALSE(HasRunProfile(qvtPid));
 }
