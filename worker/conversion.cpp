@@ -299,13 +299,17 @@ bool Conversion::Deliver(size_t from, const qv_audio_block& block, bool live, si
 // Decodes the whole source down the chain, then drains every effect's
 // tail in chain order.
 bool Conversion::Pump(size_t stages, bool live, size_t analysed) {
+    // Where the audio decoded so far ends: a block that fails carries no
+    // position of its own, and it starts here.
+    uint64_t reached = 0;
     for (;;) {
         if (cancel.load()) return false;
         qv_audio_block block{};
         int32_t rc = decoder.DecodeBlock(decoder.instance, &block);
         if (rc < 0) {
             report.Error(WithCause(u"Error decoding " + Quoted(command.inFile) + u" at " +
-                                       TimeOf(block.position, sourceFormat.samplesPerSecond),
+                                       TimeOf(std::max<uint64_t>(block.position, reached),
+                                              sourceFormat.samplesPerSecond),
                                    LastError(decoder)));
             return false;
         }
@@ -315,6 +319,7 @@ bool Conversion::Pump(size_t stages, bool live, size_t analysed) {
             return false;
         }
         if (block.frames != 0 && !Deliver(0, block, live, analysed)) return false;
+        reached = block.position + block.frames;
         if (live && totalFrames != 0) {
             uint64_t done = block.position + block.frames;
             report.Progress(static_cast<int>(done >= totalFrames ? 99 : done * 100 / totalFrames));

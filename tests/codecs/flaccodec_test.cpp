@@ -96,6 +96,14 @@ TEST_F(FlacCodec, DamagedFilesFail) {
     ASSERT_TRUE(WriteBytes(dir.File(u"bad.flac"), flipped));
     std::u16string bad = Convert(u"bad.flac", u"bad.wav", u"Wave");
     EXPECT_NE(bad.find(u"Error decoding"), std::u16string::npos) << std::string(bad.begin(), bad.end());
+    // The error says where: damage two thirds into the 2.27 s is met
+    // after 1.4 s of good audio.
+    std::string late = flac;
+    for (size_t i = late.size() * 2 / 3; i < late.size() * 2 / 3 + 64; ++i) late[i] = static_cast<char>(late[i] ^ 0x5A);
+    ASSERT_TRUE(WriteBytes(dir.File(u"late.flac"), late));
+    std::u16string lateLog = Convert(u"late.flac", u"late.wav", u"Wave");
+    EXPECT_NE(lateLog.find(u"late.flac' at 00:01: "), std::u16string::npos)
+        << std::string(lateLog.begin(), lateLog.end());
     EXPECT_TRUE(ReadBytes(dir.File(u"bad.wav")).empty());
     ASSERT_TRUE(WriteBytes(dir.File(u"text.flac"), "this is not audio"));
     std::u16string text = Convert(u"text.flac", u"text.wav", u"Wave");
