@@ -28,6 +28,7 @@ inline const std::vector<CommentName>& CommentNames() {
                                                    {"TITLE", u"title"},
                                                    {"GENRE", u"genre"},
                                                    {"DATE", u"year"},
+                                                   {"BAND", u"band"},  // written so; ENSEMBLE read too
                                                    {"ENSEMBLE", u"band"},
                                                    {"RATING", u"rating"},
                                                    {"BPM", u"tempo"},

@@ -150,6 +150,7 @@ TEST_F(FlacCodec, TagsMultipleValuesAndPicturesSurviveFlacToFlac) {
                     clString(u"-T"),        clString(u"TRACKNUMBER=3"),
                     clString(u"-T"),        clString(u"TRACKTOTAL=12"),
                     clString(u"-T"),        clString(u"MYFIELD=kept"),
+                    clString(u"-T"),        clString(u"BAND=The Band"),
                     clString(u"--picture"), clString(u"3|image/png|front|16x16x24|", dir.File(u"cover.png").text),
                     clString(u"-o"),        dir.File(u"in.flac"),
                     dir.File(u"in.wav")}),
@@ -158,9 +159,17 @@ TEST_F(FlacCodec, TagsMultipleValuesAndPicturesSurviveFlacToFlac) {
     ASSERT_EQ(Tool(u"/usr/bin/metaflac", {clString(u"--export-tags-to=-"), dir.File(u"out.flac")}), 0);
     std::string tags = ReadBytes(dir.File(u"tool.log"));
     for (const char* line : {"TITLE=Caf\xC3\xA9\n", "ARTIST=One\n", "ARTIST=Two\n", "ALBUMARTIST=Various\n",
-                             "TRACKNUMBER=3\n", "TRACKTOTAL=12\n", "MYFIELD=kept\n"}) {
+                             "TRACKNUMBER=3\n", "TRACKTOTAL=12\n", "MYFIELD=kept\n", "BAND=The Band\n"}) {
         EXPECT_NE(tags.find(line), std::string::npos) << line << " in " << tags;
     }
+    EXPECT_EQ(tags.find("ENSEMBLE="), std::string::npos) << "BAND stays BAND: " << tags;
+    // Through MP3 and back, too.
+    Convert(u"in.flac", u"mid.mp3", u"MP3 (Lame)");
+    Convert(u"mid.mp3", u"back.flac", u"FLAC");
+    ASSERT_EQ(Tool(u"/usr/bin/metaflac", {clString(u"--export-tags-to=-"), dir.File(u"back.flac")}), 0);
+    std::string roundTrip = ReadBytes(dir.File(u"tool.log"));
+    EXPECT_NE(roundTrip.find("BAND=The Band\n"), std::string::npos) << roundTrip;
+    EXPECT_EQ(roundTrip.find("ENSEMBLE="), std::string::npos) << roundTrip;
     ASSERT_EQ(
         Tool(u"/usr/bin/metaflac", {clString(u"--export-picture-to"), dir.File(u"back.png"), dir.File(u"out.flac")}),
         0);
