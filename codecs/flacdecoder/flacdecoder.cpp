@@ -36,6 +36,7 @@ struct Decoder : qvc::DecoderBase {
     bool failed = false;
     bool ended = false;
     std::vector<std::string> comments;
+    bool commentsRead = false;
     std::string vendor;
     std::vector<qvc::Tag> pictures;
     std::vector<int32_t> pending;  // decoded frames not yet handed out
@@ -78,7 +79,11 @@ struct Decoder : qvc::DecoderBase {
             self->channels = metadata->data.stream_info.channels;
             self->bits = metadata->data.stream_info.bits_per_sample;
             self->totalFrames = metadata->data.stream_info.total_samples;
-        } else if (metadata->type == FLAC__METADATA_TYPE_VORBIS_COMMENT) {
+        } else if (metadata->type == FLAC__METADATA_TYPE_VORBIS_COMMENT && !self->commentsRead) {
+            // A stream has one comment block; files that repeat it (a
+            // thousand times, seen in the wild) are read by their first,
+            // rather than piling every copy's values on each tag.
+            self->commentsRead = true;
             const auto& vc = metadata->data.vorbis_comment;
             self->vendor.assign(reinterpret_cast<const char*>(vc.vendor_string.entry), vc.vendor_string.length);
             for (uint32_t i = 0; i < vc.num_comments; ++i) {
@@ -98,6 +103,7 @@ struct Decoder : qvc::DecoderBase {
         path = name;
         comments.clear();
         pictures.clear();
+        commentsRead = false;
         vendor.clear();
         pending.clear();
         pendingAt = 0;

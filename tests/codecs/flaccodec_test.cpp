@@ -78,6 +78,44 @@ TEST_F(FlacCodec, TagsComeThroughAndAPictureDoesNoHarm) {
     EXPECT_NE(out.find("3/12"), std::string::npos);
 }
 
+// A FLAC whose comment block stands `copies` times: the metadata blocks
+// walked and the comment block repeated, the audio left as it is.
+std::string RepeatCommentBlock(const std::string& flac, int copies) {
+    std::string out = flac.substr(0, 4), comment;
+    std::vector<std::string> blocks;
+    size_t position = 4;
+    for (bool last = false; !last && position + 4 <= flac.size();) {
+        auto header = static_cast<unsigned char>(flac[position]);
+        last = (header & 0x80) != 0;
+        size_t length = (static_cast<size_t>(static_cast<unsigned char>(flac[position + 1])) << 16) |
+                        (static_cast<size_t>(static_cast<unsigned char>(flac[position + 2])) << 8) |
+                        static_cast<unsigned char>(flac[position + 3]);
+        std::string block = flac.substr(position, 4 + length);
+        block[0] = static_cast<char>(header & 0x7F);
+        if ((header & 0x7F) == 4) {
+            for (int i = 0; i < copies; ++i) blocks.push_back(block);
+        } else {
+            blocks.push_back(block);
+        }
+        position += 4 + length;
+    }
+    blocks.back()[0] = static_cast<char>(blocks.back()[0] | 0x80);
+    for (const std::string& block : blocks) out += block;
+    return out + flac.substr(position);
+}
+
+TEST_F(FlacCodec, ACommentBlockRepeatedAThousandTimesIsReadOnce) {
+    ASSERT_TRUE(WriteBytes(dir.File(u"in.wav"), Wave(2, 44100, 16, Samples(20000, 16))));
+    ASSERT_EQ(Tool(u"/usr/bin/flac", {clString(u"-s"), clString(u"-f"), clString(u"-T"), clString(u"TITLE=Hello"),
+                                      clString(u"-o"), dir.File(u"one.flac"), dir.File(u"in.wav")}),
+              0);
+    ASSERT_TRUE(WriteBytes(dir.File(u"many.flac"), RepeatCommentBlock(ReadBytes(dir.File(u"one.flac")), 1000)));
+    ASSERT_EQ(Tool(u"/usr/bin/flac", {clString(u"-s"), clString(u"-t"), dir.File(u"many.flac")}), 0);
+    Convert(u"many.flac", u"out.flac", u"FLAC");
+    ASSERT_EQ(Tool(u"/usr/bin/metaflac", {clString(u"--show-tag=TITLE"), dir.File(u"out.flac")}), 0);
+    EXPECT_EQ(ReadBytes(dir.File(u"tool.log")), "TITLE=Hello\n");
+}
+
 TEST_F(FlacCodec, DamagedFilesFail) {
     std::string data = Samples(200000, 16);
     ASSERT_TRUE(WriteBytes(dir.File(u"in.wav"), Wave(2, 44100, 16, data)));
