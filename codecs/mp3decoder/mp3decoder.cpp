@@ -4,7 +4,6 @@
 // samples. Tags through TagLib (ID3v2, ID3v1, APE), with the names of
 // vorbiscomments.h; ID3v2 pictures as "picture" tags. No options.
 #include <mpg123.h>
-#include <taglib/attachedpictureframe.h>
 #include <taglib/id3v2tag.h>
 #include <taglib/mpegfile.h>
 #include <taglib/tpropertymap.h>
@@ -15,16 +14,10 @@
 #include <string>
 #include <vector>
 
+#include "codecs/common/id3tags.h"
 #include "codecs/common/vorbiscomments.h"
 
 namespace {
-
-// An ID3v2 picture as the binary of a "picture" tag (ID3 states no size).
-std::string PictureBlock(const TagLib::ID3v2::AttachedPictureFrame& frame) {
-    TagLib::ByteVector data = frame.picture();
-    return qvc::PictureBlock(static_cast<uint32_t>(frame.type()), frame.mimeType().to8Bit(true),
-                             frame.description().to8Bit(true), 0, 0, 0, 0, data.data(), data.size());
-}
 
 // Deleting a handle closes its stream first.
 void CloseAndDelete(mpg123_handle* handle) {
@@ -70,20 +63,9 @@ struct Decoder : qvc::LossyDecoderBase {
         tags.clear();
         TagLib::MPEG::File file(path.c_str(), false);
         if (!file.isValid()) return;
-        std::vector<std::string> comments;
-        TagLib::PropertyMap properties = file.properties();
-        for (const auto& [key, values] : properties) {
-            for (const TagLib::String& value : values) {
-                comments.push_back(key.to8Bit(true) + "=" + value.to8Bit(true));
-            }
-        }
-        tags = qvc::TagsFromComments(comments);
+        tags = qvc::TagsFromProperties(file.properties());
         if (TagLib::ID3v2::Tag* id3 = file.ID3v2Tag()) {
-            for (TagLib::ID3v2::Frame* frame : id3->frameList("APIC")) {
-                if (auto* picture = dynamic_cast<TagLib::ID3v2::AttachedPictureFrame*>(frame)) {
-                    tags.push_back({u"picture", u"", PictureBlock(*picture)});
-                }
-            }
+            qvc::AddId3Pictures(*id3, tags);
             TagLib::ID3v2::FrameList encoders = id3->frameList("TSSE");
             if (!encoders.isEmpty()) encoder = qvc::FromBytes(encoders.front()->toString().to8Bit(true));
         }

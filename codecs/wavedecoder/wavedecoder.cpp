@@ -3,8 +3,10 @@
 // 4 GB), Sony Wave64, and AIFF / AIFC (uncompressed, "sowt", "fl32",
 // "fl64"). Integer audio is delivered as left-justified 32-bit integers
 // at its own depth, float audio as 32-bit float. Tags: the RIFF "LIST"
-// "INFO" texts and the AIFF name, author, copyright and annotation texts.
-// No options.
+// "INFO" texts and the AIFF name, author, copyright and annotation texts;
+// where TagLib is built in, also an ID3v2 tag in an "id3 " chunk (WAVE) or
+// "ID3 " chunk (AIFF), whose tags take the place of the texts of the same
+// name. No options.
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -13,6 +15,13 @@
 #include <vector>
 
 #include "codecs/common/codecsupport.h"
+
+#ifdef QVC_WAVE_ID3
+#include <taglib/aifffile.h>
+#include <taglib/wavfile.h>
+
+#include "codecs/common/id3tags.h"
+#endif
 
 namespace {
 
@@ -61,6 +70,7 @@ struct Decoder : qvc::DecoderBase {
     uint64_t position = 0;
     std::string encoderName;
     std::vector<qvc::Tag> tags;
+    bool hasId3 = false;  // an ID3 chunk was seen
     std::vector<unsigned char> raw;
     std::vector<int32_t> ints;
     std::vector<float> floats;
@@ -157,6 +167,8 @@ struct Decoder : qvc::DecoderBase {
                 if (!rf64 && (size == 0 || size == 0xFFFFFFFF)) dataSize = fileSize - body;
                 haveData = true;
                 size = dataSize;
+            } else if (std::memcmp(head, "id3 ", 4) == 0 || std::memcmp(head, "ID3 ", 4) == 0) {
+                hasId3 = true;
             } else if (std::memcmp(head, "LIST", 4) == 0 && size >= 4 && size <= (1u << 20)) {
                 std::vector<unsigned char> list(static_cast<size_t>(size));
                 if (ReadAt(body, list.data(), list.size()) && std::memcmp(list.data(), "INFO", 4) == 0) {
@@ -270,6 +282,8 @@ struct Decoder : qvc::DecoderBase {
                 dataStart = body + 8 + Be32(offset);
                 dataSize = size - 8 - std::min<uint64_t>(size - 8, Be32(offset));
                 haveData = true;
+            } else if (std::memcmp(head, "ID3 ", 4) == 0 || std::memcmp(head, "id3 ", 4) == 0) {
+                hasId3 = true;
             } else if ((std::memcmp(head, "NAME", 4) == 0 || std::memcmp(head, "AUTH", 4) == 0 ||
                         std::memcmp(head, "(c) ", 4) == 0 || std::memcmp(head, "ANNO", 4) == 0) &&
                        size <= 65536) {
@@ -295,7 +309,46 @@ struct Decoder : qvc::DecoderBase {
         return true;
     }
 
+    // The ID3v2 tag of the file, read by TagLib; its tags replace those of
+    // the same name from the format's own texts.
+    void ReadId3(const qv_char* name) {
+#ifdef QVC_WAVE_ID3
+        std::string path = qvc::FileName(name);
+        std::vector<qvc::Tag> found;
+        if (container == Container::Aiff) {
+            TagLib::RIFF::AIFF::File aiff(path.c_str(), false);
+            if (aiff.isValid() && aiff.hasID3v2Tag()) {
+                found = qvc::TagsFromProperties(aiff.tag()->properties());
+                qvc::AddId3Pictures(*aiff.tag(), found);
+            }
+        } else {
+            TagLib::RIFF::WAV::File wav(path.c_str(), false);
+            if (wav.isValid() && wav.hasID3v2Tag()) {
+                found = qvc::TagsFromProperties(wav.ID3v2Tag()->properties());
+                qvc::AddId3Pictures(*wav.ID3v2Tag(), found);
+            }
+        }
+        for (qvc::Tag& tag : found) {
+            auto same = std::find_if(tags.begin(), tags.end(), [&tag](const qvc::Tag& t) { return t.name == tag.name; });
+            if (same != tags.end() && tag.name != u"picture") {
+                *same = std::move(tag);
+            } else {
+                tags.push_back(std::move(tag));
+            }
+        }
+#else
+        (void)name;
+#endif
+    }
+
     bool Open(const qv_char* name) {
+        hasId3 = false;
+        if (!OpenContainer(name)) return false;
+        if (hasId3) ReadId3(name);
+        return true;
+    }
+
+    bool OpenContainer(const qv_char* name) {
         Close();
         tags.clear();
         encoderName.clear();

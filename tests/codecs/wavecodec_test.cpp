@@ -213,6 +213,65 @@ TEST_F(WaveCodec, AiffEncoderRoundTripsEveryDepthAndFloat) {
     EXPECT_EQ(FindChunk(Output(), "data"), floats);
 }
 
+namespace {
+
+// An ID3v2.4 tag with UTF-8 text frames.
+std::string Id3Tag(const std::vector<std::pair<const char*, std::string>>& frames) {
+    auto syncsafe = [](std::string& out, size_t value) {
+        for (int shift = 21; shift >= 0; shift -= 7) out.push_back(static_cast<char>((value >> shift) & 0x7F));
+    };
+    std::string body;
+    for (const auto& [id, text] : frames) {
+        body += id;
+        syncsafe(body, text.size() + 1);
+        body += std::string("\0\0\x03", 3) + text;
+    }
+    std::string tag = "ID3";
+    tag += std::string("\x04\0\0", 3);
+    syncsafe(tag, body.size());
+    return tag + body;
+}
+
+// An AIFF file with one more chunk at its end.
+std::string WithAiffChunk(std::string aiff, const char* id, const std::string& body) {
+    aiff += std::string(id, 4);
+    Be(aiff, body.size(), 4);
+    aiff += body;
+    if (body.size() % 2 != 0) aiff.push_back('\0');
+    std::string size;
+    Be(size, aiff.size() - 8, 4);
+    aiff.replace(4, 4, size);
+    return aiff;
+}
+
+}  // namespace
+
+// An ID3 chunk (WAVE "id3 ", AIFF "ID3 ") carries its tags over; where it
+// names a tag the format's own texts name too, the ID3 value wins.
+TEST_F(WaveCodec, TagsOfAnId3ChunkComeThrough) {
+    std::string id3 = Id3Tag({{"TIT2", "Caf\xC3\xA9 Song"}, {"TPE1", "Ann"}, {"TALB", "First"}});
+    std::string info = "INFO" + Chunk("INAM", std::string("Old\0", 4)) + Chunk("ICMT", std::string("Kept\0", 5));
+    std::string wave = Riff(FormatBody(1, 2, 44100, 2, 16, false), Samples(2000, 2),
+                            Chunk("LIST", info) + Chunk("id3 ", id3));
+    std::string aiff = WithAiffChunk(Aiff(2, 44100, 16, Swap(Samples(2000, 2), 2)), "ID3 ", id3);
+    for (const auto& [name, bytes] : {std::pair{u"in.wav", wave}, std::pair{u"in.aiff", aiff}}) {
+        Convert(name, bytes);
+        std::string list = FindChunk(Output(), "LIST");
+#ifdef _WIN32
+        // The Windows build reads ID3 once its tag library is built for it.
+        EXPECT_FALSE(list.empty());
+#else
+        EXPECT_NE(list.find("Caf\xC3\xA9 Song"), std::string::npos) << list;
+        EXPECT_NE(list.find("Ann"), std::string::npos) << list;
+        EXPECT_NE(list.find("First"), std::string::npos) << list;
+        EXPECT_EQ(list.find("Old"), std::string::npos) << "the ID3 title wins: " << list;
+#endif
+        if (name[5] == u'w') {
+            EXPECT_NE(list.find("Kept"), std::string::npos) << "the other texts stay: " << list;
+        }
+    }
+}
+
 TEST_F(WaveCodec, TagsAndADepthOptionReachTheOutput) {
     std::string info = "INFO";
     info += Chunk("INAM", std::string("Caf\xC3\xA9\0", 6));
