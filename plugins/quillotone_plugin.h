@@ -301,7 +301,10 @@ typedef void (*qv_Destroy)(uint64_t instance);
 /* Keys: "Decodes" (index from 0: text1 an extension with its dot, text2
  * its description; 0 or null text1 ends the list), "Unlisted" (non-zero:
  * left out of file-type filters), "Format" (after Open: facts points at a
- * qv_audio_format to fill), "LastError", "AbiVersion". */
+ * qv_audio_format to fill), "Notes" (after the end of stream: text1 what
+ * the user should know of a file that still decoded, such as a damaged
+ * end, lines separated by LF; answered 0 when there is nothing),
+ * "LastError", "AbiVersion". */
 typedef int32_t (*qv_Get)(uint64_t instance, const qv_char* key, qv_query_record* record);
 /* Keys: "OutputTypes" (estimate: the QV_SAMPLES_* bits wanted). */
 typedef int32_t (*qv_Set)(uint64_t instance, const qv_char* key, qv_query_record* record);

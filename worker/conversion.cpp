@@ -296,6 +296,20 @@ bool Conversion::Deliver(size_t from, const qv_audio_block& block, bool live, si
     return true;
 }
 
+// What the decoder says of a file it decoded all the same (a damaged end):
+// information lines of the job.
+void Conversion::ReportNotes() {
+    qv_query_record query{};
+    if (decoder.Get(decoder.instance, u"Notes", &query) == 0 || query.text1 == nullptr) return;
+    std::u16string notes(query.text1);
+    for (size_t start = 0; start < notes.size();) {
+        size_t end = notes.find(u'\n', start);
+        if (end == std::u16string::npos) end = notes.size();
+        if (end > start) report.Info(Quoted(command.inFile) + u": " + notes.substr(start, end - start));
+        start = end + 1;
+    }
+}
+
 // Decodes the whole source down the chain, then drains every effect's
 // tail in chain order.
 bool Conversion::Pump(size_t stages, bool live, size_t analysed) {
@@ -313,7 +327,10 @@ bool Conversion::Pump(size_t stages, bool live, size_t analysed) {
                                    LastError(decoder)));
             return false;
         }
-        if (rc == 0) break;
+        if (rc == 0) {
+            if (live) ReportNotes();
+            break;
+        }
         if (block.frames > 65536) {
             report.Error(u"Error decoding " + Quoted(command.inFile) + u": the decoder gave a block too large");
             return false;

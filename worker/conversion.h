@@ -45,6 +45,7 @@ private:
     bool Pump(size_t stages, bool live, size_t analysed);
     bool Deliver(size_t from, const qv_audio_block& block, bool live, size_t analysed);
     bool Finish();
+    void ReportNotes();
     void Abort();
 
     const WorkerCommand& command;

@@ -414,6 +414,9 @@ inline std::u16string LowerTag(const std::u16string& text) {
 struct DecoderBase : InstanceBase {
     Answer text1;
     Answer text2;
+    // What the user should know of a file that decoded all the same (a
+    // damaged end), one line each; cleared by Open.
+    std::vector<std::string> notes;
     std::string tagBlock;                 // of the last Open
     std::string propertyBlock;            // of the last Open
     std::vector<std::u16string> deleted;  // tag names left out, lower case

@@ -47,6 +47,13 @@ QV_EXPORT int32_t Get(uint64_t handle, const qv_char* key, qv_query_record* reco
         *format = qv_audio_format{};
         return self->Format(*format) ? 1 : 0;
     }
+    if (qvc::KeyIs(key, "Notes")) {
+        if (self->notes.empty()) return 0;
+        std::string lines;
+        for (const std::string& note : self->notes) lines += (lines.empty() ? "" : "\n") + note;
+        record->text1 = self->text1.Set(qvc::FromBytes(lines));
+        return 1;
+    }
     int32_t shared = qvc::AnswerShared(key, record, self->error, self->errorAnswer);
     return shared < 0 ? 0 : shared;
 }
@@ -56,6 +63,7 @@ QV_EXPORT int32_t Set(uint64_t, const qv_char*, qv_query_record*) { return 0; }
 QV_EXPORT int32_t Open(uint64_t handle, qv_open_record* record) {
     Decoder* self = Self(handle);
     self->error.clear();
+    self->notes.clear();
     if (!self->Open(record->fileName)) return 0;
     self->Facts(record->facts);
     std::vector<qvc::Tag> tags = self->Tags();

@@ -19,6 +19,12 @@
 
 namespace {
 
+int64_t FileSizeOf(const std::string& path) {
+    qvc::OwnedFile file(std::fopen(path.c_str(), "rb"));
+    if (file == nullptr || std::fseek(file.get(), 0, SEEK_END) != 0) return 0;
+    return qvc::Tell(file.get());
+}
+
 // Deleting a handle closes its stream first.
 void CloseAndDelete(mpg123_handle* handle) {
     mpg123_close(handle);
@@ -28,6 +34,8 @@ void CloseAndDelete(mpg123_handle* handle) {
 struct Decoder : qvc::LossyDecoderBase {
     qvc::Owned<mpg123_handle, CloseAndDelete> mpg;
     std::vector<float> block;
+    int64_t fileSize = 0;
+    bool damagedEnd = false;  // decoding ended at a damage near the end
 
     void Close() override {
         mpg.reset();
@@ -86,6 +94,8 @@ struct Decoder : qvc::LossyDecoderBase {
             mpg123_format(mpg.get(), r, MPG123_MONO | MPG123_STEREO, MPG123_ENC_FLOAT_32);
         }
         if (mpg123_open(mpg.get(), path.c_str()) != MPG123_OK) return Fail("the file can't be opened");
+        fileSize = FileSizeOf(path);
+        damagedEnd = false;
         int encoding = 0;
         long mpgRate = 0;
         int mpgChannels = 0;
@@ -93,8 +103,12 @@ struct Decoder : qvc::LossyDecoderBase {
             mpgChannels <= 0) {
             return Fail("the file is not an MP3 file");
         }
-        // A full scan gives the exact length, gapless trimming included.
-        if (mpg123_scan(mpg.get()) != MPG123_OK) return Fail("the file is not an MP3 file");
+        // The length is what the LAME/Xing header says, or an estimate
+        // from the file's size: decoding goes to the stream's end either
+        // way. No full scan: it costs a pass over the file, and where the
+        // header is out of date (a cut or edited file) it makes libmpg123
+        // drop the gapless trimming, so the audio would gain the encoder's
+        // delay at its start.
         off_t length = mpg123_length(mpg.get());
         frames = length > 0 ? static_cast<int64_t>(length) : 0;
         mpg123_frameinfo info{};
@@ -118,19 +132,34 @@ struct Decoder : qvc::LossyDecoderBase {
 
     int32_t Decode(qv_audio_block* out) {
         if (mpg == nullptr) return -1;
-        if (position >= frames && frames > 0) return 0;
+        if (damagedEnd) {
+            if (notes.empty()) {
+                char note[128];
+                std::snprintf(note, sizeof note,
+                              "the end of the file is damaged; the %.1f s of audio before it were converted",
+                              static_cast<double>(position) / rate);
+                notes.push_back(note);
+            }
+            return 0;
+        }
         const size_t want = 8192 * static_cast<size_t>(channels);
         block.resize(want);
         size_t done = 0;
         int rc = mpg123_read(mpg.get(), reinterpret_cast<unsigned char*>(block.data()), want * sizeof(float), &done);
         if (rc == MPG123_NEW_FORMAT) rc = MPG123_OK;  // the format is fixed above
         if (rc != MPG123_OK && rc != MPG123_DONE) {
-            error = qvc::FromBytes(mpg123_strerror(mpg.get()));
-            return -1;
+            if (position + static_cast<int64_t>(done) == 0 || !NearTheEnd()) {
+                error = qvc::FromBytes(mpg123_strerror(mpg.get()));
+                return -1;
+            }
+            // A damaged or cut end (a broken last frame, garbage, a stray
+            // tag): every good frame before it counts.
+            damagedEnd = true;
+            rc = MPG123_DONE;
         }
         size_t samples = done / sizeof(float);
         if (samples == 0) {
-            if (rc == MPG123_DONE) return 0;
+            if (rc == MPG123_DONE) return damagedEnd ? Decode(out) : 0;
             return Decode(out);
         }
         out->samples = block.data();
@@ -139,6 +168,15 @@ struct Decoder : qvc::LossyDecoderBase {
         position += out->frames;
         out->flags = rc == MPG123_DONE ? QV_BLOCK_LAST : 0;
         return 1;
+    }
+
+    // True when what is left of the file behind the decoder is its last
+    // stretch: a damage there ends the audio rather than failing it.
+    bool NearTheEnd() {
+        off_t at = mpg123_tell_stream(mpg.get());
+        if (at < 0 || fileSize <= 0) return false;
+        int64_t left = fileSize - static_cast<int64_t>(at);
+        return left <= std::max<int64_t>(16384, fileSize / 100);
     }
 
     bool Rewind(uint64_t frame) {

@@ -419,8 +419,21 @@ struct Decoder : qvc::DecoderBase {
         if (file == nullptr) return -1;
         if (position >= frames) return 0;
         if (position >= available) {
-            error = qvc::FromAscii("the file ends before its audio does");
-            return -1;
+            if (available == 0) {
+                error = qvc::FromAscii("the file ends before its audio does");
+                return -1;
+            }
+            // A cut file (a download or copy that stopped): what it holds
+            // converts, and the user is told.
+            if (notes.empty()) {
+                char note[160];
+                std::snprintf(note, sizeof note,
+                              "the file ends before its audio does: it holds %.1f s of the %.1f s its header names, "
+                              "and that much was converted",
+                              static_cast<double>(available) / rate, static_cast<double>(frames) / rate);
+                notes.push_back(note);
+            }
+            return 0;
         }
         uint64_t want = std::min<uint64_t>({kFramesPerBlock, frames - position, available - position});
         size_t sampleCount = static_cast<size_t>(want) * channels;

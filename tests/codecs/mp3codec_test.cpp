@@ -6,6 +6,7 @@
 #include <cmath>
 #include <string>
 
+#include "foundation/platform/filesystem.h"
 #include "tests/codecs/codectest.h"
 #include "tests/codecs/wavefiles.h"
 
@@ -84,4 +85,63 @@ TEST_F(Mp3Codec, CutAndCorruptedStreamsEndWithoutHangOrCrash) {
     Convert(u"bad.mp3", u"out.wav", u"Wave");
     size_t frames = FindChunk(ReadBytes(dir.File(u"out.wav")), "data").size() / 8;
     EXPECT_NEAR(static_cast<double>(frames), 44100.0, 4410.0);
+}
+
+// What a download, a tagger or a copy leaves at the end of a file: every
+// good frame before it converts, with an information line saying the end
+// was damaged; the same damage in the middle of a file still fails, where
+// it happened.
+TEST_F(Mp3Codec, ADamagedEndConvertsEveryGoodFrameAndSaysSo) {
+    ASSERT_TRUE(WriteBytes(dir.File(u"in.wav"), Riff(FormatBody(1, 2, 44100, 2, 16, false), Tone(44100 * 4))));
+    ASSERT_EQ(
+        Tool(u"/usr/bin/lame", {clString(u"--quiet"), clString(u"-b128"), dir.File(u"in.wav"), dir.File(u"in.mp3")}),
+        0);
+    std::string good = ReadBytes(dir.File(u"in.mp3"));
+    // No sync word in it, and longer than libmpg123 looks for one.
+    std::string garbage;
+    for (int i = 0; i < 3000; ++i) garbage += static_cast<char>('a' + i % 23);
+    std::string id3v2 = std::string("ID3\x04\0\0\0\0\0\x20", 10) + std::string(32, '\0');
+    std::string id3v1 = "TAG" + std::string(125, 'a');
+    struct Case {
+        const char* what;
+        std::string content;
+    } cases[] = {
+        {"trailing garbage", good + garbage},
+        {"a cut last frame", good.substr(0, good.size() - 200)},
+        {"an ID3v2 tag after the ID3v1 tail", good + id3v1 + id3v2 + garbage.substr(0, 100)},
+        // The LAME header counts more frames than are left: libmpg123
+        // drops the gapless trimming when a full scan finds this out.
+        {"a file cut in the middle", good.substr(0, good.size() / 2)},
+        // Two files joined: the header counts only the first one's.
+        {"two files joined", good + good},
+    };
+    for (const Case& c : cases) {
+        ASSERT_TRUE(WriteBytes(dir.File(u"tail.mp3"), c.content));
+        std::u16string log = Convert(u"tail.mp3", u"out.wav", u"Wave");
+        std::string text(log.begin(), log.end());
+        EXPECT_NE(log.find(u"PCDone: 100"), std::u16string::npos) << c.what << ": " << text;
+        EXPECT_EQ(log.find(u"Error"), std::u16string::npos) << c.what << ": " << text;
+        // Only the garbage is damage to speak of: libmpg123 ends the
+        // other streams quietly, as the reference decoder does.
+        bool noted = log.find(u"the end of the file is damaged; the 4.0 s of audio before it were converted") !=
+                     std::u16string::npos;
+        EXPECT_EQ(noted, c.content == good + garbage) << c.what << ": " << text;
+        ASSERT_TRUE(WriteBytes(dir.File(u"tail.mp3"), c.content));
+        ASSERT_EQ(Tool(u"/usr/bin/mpg123",
+                       {clString(u"-q"), clString(u"-w"), dir.File(u"ref.wav"), dir.File(u"tail.mp3")}),
+                  0);
+        size_t frames = FindChunk(ReadBytes(dir.File(u"out.wav")), "data").size() / 8;
+        size_t reference = FindChunk(ReadBytes(dir.File(u"ref.wav")), "data").size() / 4;
+        EXPECT_EQ(frames, reference) << c.what << ": " << text;
+    }
+    // The same garbage in the middle of the file is an error, at the block
+    // that met it (blocks are 8192 frames: the one from 1.86 s).
+    std::string middle = good.substr(0, good.size() / 2) + garbage + good.substr(good.size() / 2);
+    ASSERT_TRUE(WriteBytes(dir.File(u"tail.mp3"), middle));
+    ASSERT_TRUE(PlatformDeleteFile(dir.File(u"out.wav").text));
+    std::u16string log = Convert(u"tail.mp3", u"out.wav", u"Wave");
+    EXPECT_NE(log.find(u"Error decoding '" + std::u16string(dir.File(u"tail.mp3").text) + u"' at 00:01"),
+              std::u16string::npos)
+        << std::string(log.begin(), log.end());
+    EXPECT_TRUE(ReadBytes(dir.File(u"out.wav")).empty());
 }
