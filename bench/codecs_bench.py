@@ -65,6 +65,7 @@ def main():
             tracks.append(path)
         for track in tracks:
             subprocess.run(["flac", "-5", "-f", "-s", "-o", track[:-4] + ".flac", track], check=True)
+            subprocess.run(["lame", "--quiet", "-V2", track, track[:-4] + ".mp3"], check=True)
         worker = Worker(args.build, work)
         out = os.path.join(work, "out")
         cases = [
@@ -73,8 +74,10 @@ def main():
             ("Vorbis q5", "Ogg Vorbis", "-quality=5", ".ogg", lambda s, o: ["oggenc", "-Q", "-q5", "-o", o, s], 1.05),
             ("Opus 128", "Opus", "-bitrate=128", ".opus",
              lambda s, o: ["opusenc", "--quiet", "--bitrate", "128", s, o], 1.05),
-            ("FLAC decode", "Wave", "", ".wav", lambda s, o: ["flac", "-d", "-f", "-s", "-o", o, s], 1.10),
+            ("FLAC decode", "Wave", "", ".wav", lambda s, o: ["flac", "-d", "-f", "-s", "-o", o, s], 1.05),
+            ("MP3 decode", "Wave", "", ".wav", lambda s, o: ["mpg123", "-q", "-w", o, s], 1.05),
         ]
+        decoded = {"FLAC decode": ".flac", "MP3 decode": ".mp3"}
         print(f"{args.rounds} rounds of {len(tracks)} tracks x {args.seconds} s; CPU seconds per round")
         print(f"{'codec':<12} {'ours':>8} {'reference':>10} {'ratio':>7}  target")
         failed = False
@@ -82,7 +85,7 @@ def main():
             ours_total = reference_total = 0.0
             for _ in range(args.rounds):
                 for track in tracks:
-                    source = track[:-4] + ".flac" if name == "FLAC decode" else track
+                    source = track[:-4] + decoded[name] if name in decoded else track
                     ours_total += cpu_of(worker.argv(source, out + extension, encoder, options))[0]
                     reference_total += cpu_of(reference(source, out + "-ref" + extension))[0]
             ratio = ours_total / reference_total

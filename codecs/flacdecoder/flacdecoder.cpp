@@ -3,7 +3,8 @@
 // depth. The stream's MD5 signature is checked at the end, so damaged audio
 // fails instead of passing. Tags from the Vorbis comment block (see
 // vorbiscomments.h for the names), pictures as "picture" tags holding the
-// picture block. No options.
+// picture block. Frames in another rate or channel count than the header's
+// (streams joined) are brought to the header's format. No options.
 #include <FLAC/stream_decoder.h>
 
 #include <algorithm>
@@ -11,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "codecs/common/formatkeeper.h"
 #include "codecs/common/vorbiscomments.h"
 
 namespace {
@@ -42,6 +44,8 @@ struct Decoder : qvc::DecoderBase {
     std::vector<int32_t> pending;  // decoded frames not yet handed out
     size_t pendingAt = 0;          // in samples
     std::vector<int32_t> block;
+    std::vector<int32_t> changed;  // a frame in another format, interleaved
+    qvc::FormatKeeper<int32_t> keeper;
     std::u16string path;  // to open again after the end, for a second pass
 
     void Close() override {
@@ -53,20 +57,35 @@ struct Decoder : qvc::DecoderBase {
                                                   const FLAC__int32* const buffer[], void* client) {
         auto* self = static_cast<Decoder*>(client);
         uint32_t count = frame->header.blocksize;
-        if (frame->header.channels != self->channels || frame->header.bits_per_sample != self->bits) {
+        if (frame->header.bits_per_sample != self->bits) {
             self->failed = true;
+            self->error = qvc::FromAscii("the audio changes its bit depth on the way");
             return FLAC__STREAM_DECODER_WRITE_STATUS_ABORT;
         }
+        const uint32_t channels = frame->header.channels;
+        const uint32_t frameRate = frame->header.sample_rate;
         const int shift = 32 - static_cast<int>(self->bits);
-        size_t base = self->pending.size();
-        self->pending.resize(base + static_cast<size_t>(count) * self->channels);
-        int32_t* out = self->pending.data() + base;
-        const uint32_t channels = self->channels;
+        const bool passes = self->keeper.Passes(frameRate, static_cast<int>(channels));
+        std::vector<int32_t>& into = passes ? self->pending : self->changed;
+        if (!passes) into.clear();
+        size_t base = into.size();
+        into.resize(base + static_cast<size_t>(count) * channels);
+        int32_t* out = into.data() + base;
         for (uint32_t c = 0; c < channels; ++c) {
             const FLAC__int32* in = buffer[c];
             int32_t* to = out + c;
             for (uint32_t i = 0; i < count; ++i, to += channels) {
                 *to = static_cast<int32_t>(static_cast<uint32_t>(in[i]) << shift);
+            }
+        }
+        // A frame in another rate or channel count (streams joined) is
+        // brought to the stream's first format.
+        if (!passes) {
+            int64_t at = static_cast<int64_t>(self->position + (self->pending.size() - self->pendingAt) / self->channels);
+            if (!self->keeper.Put(self->changed.data(), count, frameRate, static_cast<int>(channels), at, self->pending,
+                                  self->error)) {
+                self->failed = true;
+                return FLAC__STREAM_DECODER_WRITE_STATUS_ABORT;
             }
         }
         return FLAC__STREAM_DECODER_WRITE_STATUS_CONTINUE;
@@ -128,6 +147,7 @@ struct Decoder : qvc::DecoderBase {
         if (!FLAC__stream_decoder_process_until_end_of_metadata(flac.get()) || failed || channels == 0 || rate == 0) {
             return Fail("the file is not a FLAC file, or its header is damaged");
         }
+        keeper.Start(rate, static_cast<int>(channels), static_cast<int>(bits));
         return true;
     }
 
@@ -173,12 +193,13 @@ struct Decoder : qvc::DecoderBase {
                 pendingAt = 0;
             }
             if (!FLAC__stream_decoder_process_single(flac.get()) || failed) {
-                error = qvc::FromAscii("the audio data is damaged");
+                if (error.empty()) error = qvc::FromAscii("the audio data is damaged");
                 return -1;
             }
             FLAC__StreamDecoderState state = FLAC__stream_decoder_get_state(flac.get());
             if (state == FLAC__STREAM_DECODER_END_OF_STREAM) {
                 ended = true;
+                if (!keeper.Finish(pending, error)) return -1;
                 // The MD5 signature covers the whole stream.
                 if (!FLAC__stream_decoder_finish(flac.get())) {
                     error = qvc::FromAscii("the audio does not match its MD5 signature");
@@ -188,10 +209,12 @@ struct Decoder : qvc::DecoderBase {
         }
         size_t available = pending.size() - pendingAt;
         if (available == 0) {
-            if (totalFrames != 0 && position < totalFrames) {
+            // The header's count is of the first format's frames.
+            if (totalFrames != 0 && position < totalFrames && keeper.Changes().empty()) {
                 error = qvc::FromAscii("the file ends before its audio does");
                 return -1;
             }
+            notes = keeper.Changes();
             return 0;
         }
         size_t samples = std::min(available, want);
@@ -213,6 +236,7 @@ struct Decoder : qvc::DecoderBase {
         pending.clear();
         pendingAt = 0;
         if (!FLAC__stream_decoder_seek_absolute(flac.get(), frame)) return false;
+        keeper.Start(rate, static_cast<int>(channels), static_cast<int>(bits));
         position = frame;
         return true;
     }

@@ -2,7 +2,9 @@
 // 32-bit float. Gapless: the encoder delay and padding that the LAME/Xing
 // header states are left out, so a file made from N samples decodes to N
 // samples. Tags through TagLib (ID3v2, ID3v1, APE), with the names of
-// vorbiscomments.h; ID3v2 pictures as "picture" tags. No options.
+// vorbiscomments.h; ID3v2 pictures as "picture" tags. A stream that
+// changes its rate or channels on the way (files joined) keeps its first
+// format throughout. No options.
 #include <mpg123.h>
 #include <taglib/id3v2tag.h>
 #include <taglib/mpegfile.h>
@@ -14,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "codecs/common/formatkeeper.h"
 #include "codecs/common/id3tags.h"
 #include "codecs/common/vorbiscomments.h"
 
@@ -36,6 +39,19 @@ struct Decoder : qvc::LossyDecoderBase {
     std::vector<float> block;
     int64_t fileSize = 0;
     bool damagedEnd = false;  // decoding ended at a damage near the end
+    bool ended = false;
+    // The format libmpg123 delivers now; the stream keeps the first one.
+    uint32_t currentRate = 0;
+    int currentChannels = 0;
+    qvc::FormatKeeper<float> keeper;
+    std::vector<float> kept;  // the block handed out
+
+    void StartFormat() {
+        currentRate = rate;
+        currentChannels = channels;
+        keeper.Start(rate, channels);
+        ended = damagedEnd = false;
+    }
 
     void Close() override {
         mpg.reset();
@@ -95,7 +111,6 @@ struct Decoder : qvc::LossyDecoderBase {
         }
         if (mpg123_open(mpg.get(), path.c_str()) != MPG123_OK) return Fail("the file can't be opened");
         fileSize = FileSizeOf(path);
-        damagedEnd = false;
         int encoding = 0;
         long mpgRate = 0;
         int mpgChannels = 0;
@@ -127,47 +142,75 @@ struct Decoder : qvc::LossyDecoderBase {
         formatTag = 0x55;  // MPEG layer 3
         rate = static_cast<uint32_t>(mpgRate);
         channels = mpgChannels;
+        StartFormat();
         return true;
     }
 
+    // Reads until a block is ready in the stream's first format, or the
+    // stream ends.
     int32_t Decode(qv_audio_block* out) {
         if (mpg == nullptr) return -1;
-        if (damagedEnd) {
-            if (notes.empty()) {
-                char note[128];
-                std::snprintf(note, sizeof note,
-                              "the end of the file is damaged; the %.1f s of audio before it were converted",
-                              static_cast<double>(position) / rate);
-                notes.push_back(note);
+        kept.clear();
+        while (kept.empty() && !ended) {
+            const size_t want = 8192 * static_cast<size_t>(currentChannels);
+            block.resize(want);
+            size_t done = 0;
+            int rc =
+                mpg123_read(mpg.get(), reinterpret_cast<unsigned char*>(block.data()), want * sizeof(float), &done);
+            if (rc != MPG123_OK && rc != MPG123_DONE && rc != MPG123_NEW_FORMAT) {
+                if (position + static_cast<int64_t>(done) == 0 || !NearTheEnd()) {
+                    error = qvc::FromBytes(mpg123_strerror(mpg.get()));
+                    return -1;
+                }
+                // A damaged or cut end (a broken last frame, garbage, a
+                // stray tag): every good frame before it counts.
+                damagedEnd = true;
+                rc = MPG123_DONE;
             }
-            return 0;
-        }
-        const size_t want = 8192 * static_cast<size_t>(channels);
-        block.resize(want);
-        size_t done = 0;
-        int rc = mpg123_read(mpg.get(), reinterpret_cast<unsigned char*>(block.data()), want * sizeof(float), &done);
-        if (rc == MPG123_NEW_FORMAT) rc = MPG123_OK;  // the format is fixed above
-        if (rc != MPG123_OK && rc != MPG123_DONE) {
-            if (position + static_cast<int64_t>(done) == 0 || !NearTheEnd()) {
-                error = qvc::FromBytes(mpg123_strerror(mpg.get()));
+            // What was read is in the format before any change it reports.
+            size_t frameCount = done / sizeof(float) / static_cast<size_t>(currentChannels);
+            if (frameCount > 0 &&
+                !keeper.Put(block.data(), frameCount, currentRate, currentChannels, position, kept, error)) {
                 return -1;
             }
-            // A damaged or cut end (a broken last frame, garbage, a stray
-            // tag): every good frame before it counts.
-            damagedEnd = true;
-            rc = MPG123_DONE;
+            if (rc == MPG123_NEW_FORMAT) {
+                long newRate = 0;
+                int newChannels = 0;
+                int encoding = 0;
+                if (mpg123_getformat(mpg.get(), &newRate, &newChannels, &encoding) != MPG123_OK || newRate <= 0 ||
+                    newChannels <= 0) {
+                    error = qvc::FromAscii("the stream changes to a format that can't be read");
+                    return -1;
+                }
+                currentRate = static_cast<uint32_t>(newRate);
+                currentChannels = newChannels;
+            }
+            if (rc == MPG123_DONE) {
+                ended = true;
+                if (!keeper.Finish(kept, error)) return -1;
+            }
         }
-        size_t samples = done / sizeof(float);
-        if (samples == 0) {
-            if (rc == MPG123_DONE) return damagedEnd ? Decode(out) : 0;
-            return Decode(out);
+        if (kept.empty()) {
+            ReportNotes();
+            return 0;
         }
-        out->samples = block.data();
-        out->frames = static_cast<uint32_t>(samples / static_cast<size_t>(channels));
+        out->samples = kept.data();
+        out->frames = static_cast<uint32_t>(kept.size() / static_cast<size_t>(channels));
         out->position = static_cast<uint64_t>(position);
         position += out->frames;
-        out->flags = rc == MPG123_DONE ? QV_BLOCK_LAST : 0;
+        out->flags = ended ? QV_BLOCK_LAST : 0;
         return 1;
+    }
+
+    void ReportNotes() {
+        if (!notes.empty()) return;
+        notes = keeper.Changes();
+        if (damagedEnd) {
+            char note[128];
+            std::snprintf(note, sizeof note, "the end of the file is damaged; the %.1f s of audio before it were converted",
+                          static_cast<double>(position) / rate);
+            notes.push_back(note);
+        }
     }
 
     // True when what is left of the file behind the decoder is its last
@@ -182,6 +225,7 @@ struct Decoder : qvc::LossyDecoderBase {
     bool Rewind(uint64_t frame) {
         if (mpg == nullptr || mpg123_seek(mpg.get(), static_cast<off_t>(frame), SEEK_SET) < 0) return false;
         position = static_cast<int64_t>(frame);
+        StartFormat();
         return true;
     }
 };

@@ -3,6 +3,7 @@
 // samples `flac -d` gives, with their tags; damaged files fail.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <string>
 #include <vector>
 
@@ -233,4 +234,67 @@ TEST_F(FlacCodec, DepthsAndRatesBeyondTheSubsetEncode) {
             << c.bits << " bits at " << c.rate << " Hz";
         EXPECT_EQ(FindChunk(ReadBytes(dir.File(u"back.wav")), "data"), data) << c.bits << " bits";
     }
+}
+
+// Where a FLAC file's frames begin, after its metadata blocks.
+size_t FramesStart(const std::string& flac) {
+    size_t position = 4;
+    for (bool last = false; !last && position + 4 <= flac.size();) {
+        last = (static_cast<unsigned char>(flac[position]) & 0x80) != 0;
+        position += 4 + ((static_cast<size_t>(static_cast<unsigned char>(flac[position + 1])) << 16) |
+                         (static_cast<size_t>(static_cast<unsigned char>(flac[position + 2])) << 8) |
+                         static_cast<unsigned char>(flac[position + 3]));
+    }
+    return position;
+}
+
+// Frames of a 22050 Hz mono stream joined to a 44100 Hz stereo one (as
+// stream editors that cut and join frames make them; the header's length
+// and signature left unset): the whole file comes out at 44100 Hz in
+// stereo, the first part bit-exact, the second resampled at its pitch.
+TEST_F(FlacCodec, FramesThatChangeTheRateKeepTheFirstFormat) {
+    std::string first = Samples(44100u * 2, 16);  // one second
+    std::string second;
+    for (size_t i = 0; i < 22050; ++i) {
+        Le(second, static_cast<uint16_t>(static_cast<int16_t>(8000 * std::sin(2 * M_PI * 880.0 * i / 22050))), 2);
+    }
+    ASSERT_TRUE(WriteBytes(dir.File(u"a.wav"), Wave(2, 44100, 16, first)));
+    ASSERT_TRUE(WriteBytes(dir.File(u"b.wav"), Wave(1, 22050, 16, second)));
+    for (const char16_t* name : {u"a", u"b"}) {
+        std::u16string base(name);
+        ASSERT_EQ(Tool(u"/usr/bin/flac", {clString(u"-s"), clString(u"-f"), clString(u"--no-seektable"),
+                                          clString(u"-o"), dir.File((base + u".flac").c_str()),
+                                          dir.File((base + u".wav").c_str())}),
+                  0);
+    }
+    std::string a = ReadBytes(dir.File(u"a.flac"));
+    std::string b = ReadBytes(dir.File(u"b.flac"));
+    // STREAMINFO: total samples (the low 36 bits of bytes 13..17 of the
+    // body) and the MD5 signature (its last 16 bytes) unset.
+    const size_t body = 8;
+    a[body + 13] = static_cast<char>(a[body + 13] & 0xF0);
+    for (size_t i = body + 14; i < body + 34; ++i) a[i] = '\0';
+    ASSERT_TRUE(WriteBytes(dir.File(u"ab.flac"), a + b.substr(FramesStart(b))));
+    std::u16string log = Convert(u"ab.flac", u"out.wav", u"Wave");
+    std::string text(log.begin(), log.end());
+    EXPECT_NE(log.find(u"the audio changes to 22050 Hz, 1 channel at 1.0 s; it was converted to the file's first "
+                       u"format, 44100 Hz, 2 channels"),
+              std::u16string::npos)
+        << text;
+    std::string out = FindChunk(ReadBytes(dir.File(u"out.wav")), "data");
+    ASSERT_GE(out.size(), first.size()) << text;
+    EXPECT_EQ(out.substr(0, first.size()), first);
+    // A second more, both channels alike, 880 Hz: 1760 zero crossings
+    // a second.
+    std::string rest = out.substr(first.size());
+    EXPECT_NEAR(static_cast<double>(rest.size() / 4), 44100.0, 64.0);
+    size_t crossings = 0;
+    int16_t before = 0;
+    for (size_t at = 4 * 4096; at + 4 <= rest.size() - 4 * 4096; at += 4) {
+        auto left = static_cast<int16_t>(static_cast<uint8_t>(rest[at]) | static_cast<uint8_t>(rest[at + 1]) << 8);
+        ASSERT_EQ(rest.substr(at, 2), rest.substr(at + 2, 2)) << at;
+        if ((left < 0) != (before < 0) && at > 4 * 4096) ++crossings;
+        before = left;
+    }
+    EXPECT_NEAR(static_cast<double>(crossings) * 44100 / (rest.size() / 4 - 2 * 4096), 1760.0, 20.0);
 }

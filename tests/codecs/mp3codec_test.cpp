@@ -3,8 +3,11 @@
 // they were made from, as `mpg123` decodes them, with their ID3 tags.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <string>
+#include <vector>
 
 #include "foundation/platform/filesystem.h"
 #include "tests/codecs/codectest.h"
@@ -144,4 +147,61 @@ TEST_F(Mp3Codec, ADamagedEndConvertsEveryGoodFrameAndSaysSo) {
               std::u16string::npos)
         << std::string(log.begin(), log.end());
     EXPECT_TRUE(ReadBytes(dir.File(u"out.wav")).empty());
+}
+
+// Two encodings joined into one file, the second at half the rate and in
+// mono: the whole stream comes out in the first one's format, the second
+// part resampled and spread over both channels, at its own pitch.
+TEST_F(Mp3Codec, AStreamThatChangesItsFormatKeepsTheFirst) {
+    const size_t second = 44100 * 2;  // frames of each part at 44100 Hz
+    std::string mono;
+    for (size_t i = 0; i < second / 2; ++i) {
+        // 880 Hz at 22050 Hz.
+        Le(mono, static_cast<uint16_t>(static_cast<int16_t>(8000 * std::sin(2 * M_PI * 880.0 * i / 22050))), 2);
+    }
+    ASSERT_TRUE(WriteBytes(dir.File(u"a.wav"), Riff(FormatBody(1, 2, 44100, 2, 16, false), Tone(second))));
+    ASSERT_TRUE(WriteBytes(dir.File(u"b.wav"), Riff(FormatBody(1, 1, 22050, 2, 16, false), mono)));
+    ASSERT_EQ(Tool(u"/usr/bin/lame", {clString(u"--quiet"), clString(u"-b192"), dir.File(u"a.wav"), dir.File(u"a.mp3")}),
+              0);
+    ASSERT_EQ(Tool(u"/usr/bin/lame", {clString(u"--quiet"), clString(u"-b64"), dir.File(u"b.wav"), dir.File(u"b.mp3")}),
+              0);
+    ASSERT_TRUE(WriteBytes(dir.File(u"ab.mp3"), ReadBytes(dir.File(u"a.mp3")) + ReadBytes(dir.File(u"b.mp3"))));
+    std::u16string log = Convert(u"ab.mp3", u"out.wav", u"Wave");
+    std::string text(log.begin(), log.end());
+    EXPECT_NE(log.find(u"the audio changes to 22050 Hz, 1 channel at 2.0 s; it was converted to the file's first "
+                       u"format, 44100 Hz, 2 channels"),
+              std::u16string::npos)
+        << text;
+    std::string out = ReadBytes(dir.File(u"out.wav"));
+    std::string format = FindChunk(out, "fmt ");
+    ASSERT_GE(format.size(), 16u) << text;
+    EXPECT_EQ(static_cast<uint8_t>(format[2]), 2);  // channels
+    EXPECT_EQ(static_cast<uint8_t>(format[4]) | static_cast<uint8_t>(format[5]) << 8, 44100);
+    std::string data = FindChunk(out, "data");
+    std::vector<float> left;
+    std::vector<float> right;
+    for (size_t at = 0; at + 8 <= data.size(); at += 8) {
+        float l = 0;
+        float r = 0;
+        std::memcpy(&l, data.data() + at, 4);
+        std::memcpy(&r, data.data() + at + 4, 4);
+        left.push_back(l);
+        right.push_back(r);
+    }
+    // About four seconds: each part lasts as long as it did (the encoders'
+    // delay and padding of the second one aside).
+    EXPECT_NEAR(static_cast<double>(left.size()), 2.0 * second, 4096.0) << text;
+    // The second part: both channels alike, 880 Hz at 44100 Hz, that is
+    // 1760 zero crossings a second.
+    size_t crossings = 0;
+    const size_t from = second + 8192;
+    const size_t to = std::min(left.size(), 2 * second - 8192);
+    ASSERT_GT(to, from + 44100);
+    for (size_t i = from + 1; i < to; ++i) {
+        if ((left[i - 1] < 0) != (left[i] < 0)) ++crossings;
+        EXPECT_EQ(left[i], right[i]) << i;
+        if (left[i] != right[i]) break;
+    }
+    double perSecond = static_cast<double>(crossings) * 44100 / static_cast<double>(to - from - 1);
+    EXPECT_NEAR(perSecond, 1760.0, 20.0);
 }
