@@ -1,102 +1,97 @@
-// Decoder "Ogg Vorbis", on libvorbisfile: 32-bit float in WAVE channel
-// order, the exact length the stream's last granule position states.
-// Tags from the Vorbis comments (see vorbiscomments.h), pictures from
-// METADATA_BLOCK_PICTURE. A chained file whose links change the rate or
-// the channel count is refused when the change is reached. No options.
-#include <vorbis/vorbisfile.h>
-
+// Decoder "Ogg Vorbis": .ogg and .oga files, by what their first packet
+// says rather than by their name. Vorbis goes through vorbisstream.h; Opus
+// and FLAC in Ogg, which people save as .ogg too, through the streams of
+// the Opus and FLAC decoders. A file that is not Ogg at all is left to
+// libvorbisfile, for its message. No options.
 #include <cstdio>
+#include <cstring>
 #include <string>
-#include <vector>
 
-#include "codecs/common/oggsupport.h"
+#include "codecs/common/flacstream.h"
+#include "codecs/common/opusstream.h"
+#include "codecs/common/vorbisstream.h"
 
 namespace {
 
-size_t ReadFile(void* to, size_t size, size_t count, void* file) {
-    return std::fread(to, size, count, static_cast<FILE*>(file));
-}
-int SeekFile(void* file, ogg_int64_t offset, int whence) {
-#ifdef _WIN32
-    return _fseeki64(static_cast<FILE*>(file), offset, whence);
-#else
-    return fseeko(static_cast<FILE*>(file), static_cast<off_t>(offset), whence);
-#endif
-}
-int CloseFile(void* file) { return std::fclose(static_cast<FILE*>(file)); }
-long TellFile(void* file) { return static_cast<long>(qvc::Tell(static_cast<FILE*>(file))); }
+enum class Codec { kVorbis, kOpus, kFlac };
 
-struct Decoder : qvc::LossyDecoderBase {
-    OggVorbis_File vorbis{};  // libvorbisfile's state in a record of ours
-    bool open = false;
-    std::vector<float> block;
+// The codec of an Ogg file's first packet: it starts after the first
+// page's header (27 bytes) and its segment table.
+Codec SniffOgg(const qv_char* name) {
+    qvc::OwnedFile file(qvc::OpenFile(name, "rb"));
+    if (file == nullptr) return Codec::kVorbis;
+    unsigned char head[27 + 255 + 8] = {};
+    size_t got = std::fread(head, 1, sizeof head, file.get());
+    if (got < 27 || std::memcmp(head, "OggS", 4) != 0) return Codec::kVorbis;
+    size_t packet = 27 + head[26];
+    if (got < packet + 8) return Codec::kVorbis;
+    if (std::memcmp(head + packet, "OpusHead", 8) == 0) return Codec::kOpus;
+    if (std::memcmp(head + packet, "\x7F" "FLAC", 5) == 0) return Codec::kFlac;
+    return Codec::kVorbis;
+}
 
-    ~Decoder() override { Close(); }
+struct Decoder : qvc::DecoderBase {
+    qvc::VorbisStream vorbis;
+    qvc::OpusStream opus;
+    qvc::FlacStream flac;
+    Codec codec = Codec::kVorbis;
+
+    Decoder() { flac.ogg = true; }
+
+    // Calls `act` with the stream of the open file's codec.
+    template <typename Act>
+    decltype(auto) With(Act&& act) {
+        switch (codec) {
+            case Codec::kOpus: return act(static_cast<qvc::DecoderBase&>(opus), opus);
+            case Codec::kFlac: return act(static_cast<qvc::DecoderBase&>(flac), flac);
+            default: return act(static_cast<qvc::DecoderBase&>(vorbis), vorbis);
+        }
+    }
+    template <typename Act>
+    decltype(auto) With(Act&& act) const {
+        return const_cast<Decoder*>(this)->With(std::forward<Act>(act));
+    }
+
     void Close() override {
-        if (open) ov_clear(&vorbis);
-        open = false;
-        channels = 0;
+        vorbis.Close();
+        opus.Close();
+        flac.Close();
     }
 
     bool Open(const qv_char* name) {
         Close();
-        position = 0;
-        qvc::OwnedFile file(qvc::OpenFile(name, "rb"));
-        if (file == nullptr) return Fail("the file can't be opened");
-        ov_callbacks callbacks = {ReadFile, SeekFile, CloseFile, TellFile};
-        int rc = ov_open_callbacks(file.get(), &vorbis, nullptr, 0, callbacks);
-        if (rc != 0) {
-            return Fail(rc == OV_ENOTVORBIS ? "the file is not an Ogg Vorbis file"
-                        : rc == OV_EREAD    ? "the file can't be read"
-                                            : "the Vorbis headers are damaged");
-        }
-        file.release();  // libvorbisfile closes it from now on
-        open = true;
-        vorbis_info* info = ov_info(&vorbis, -1);
-        if (info == nullptr || info->channels < 1 || info->channels > 8 || info->rate <= 0) {
-            return Fail("the stream has a channel count or rate that can't be played");
-        }
-        formatTag = 0x674F;  // Ogg Vorbis
-        channels = info->channels;
-        rate = static_cast<uint32_t>(info->rate);
-        ogg_int64_t total = ov_pcm_total(&vorbis, -1);
-        frames = total > 0 ? total : 0;
-        bitrate = ov_bitrate(&vorbis, -1);
-        if (bitrate <= 0) bitrate = info->bitrate_nominal;
-        qvc::TakeOggComments(ov_comment(&vorbis, -1), *this);
-        return true;
+        codec = SniffOgg(name);
+        return With([&](qvc::DecoderBase& base, auto& stream) {
+            base.error.clear();
+            bool opened = stream.Open(name);
+            if (!opened) error = base.error;
+            return opened;
+        });
     }
 
-    int32_t Decode(qv_audio_block* out) {
-        if (!open) return -1;
-        float** planes = nullptr;
-        int link = 0;
-        long got = 0;
-        do {
-            got = ov_read_float(&vorbis, &planes, 4096, &link);
-        } while (got == OV_HOLE);  // a gap in the pages: the audio goes on after it
-        if (got < 0) {
-            error = u"the stream is damaged";
-            return -1;
-        }
-        if (got == 0) return 0;
-        vorbis_info* info = ov_info(&vorbis, link);
-        if (info == nullptr || info->channels != channels || info->rate != static_cast<long>(rate)) {
-            error = u"a chained stream changes its rate or channel count";
-            return -1;
-        }
-        block.resize(static_cast<size_t>(got) * static_cast<size_t>(channels));
-        for (long f = 0; f < got; ++f) {
-            for (int c = 0; c < channels; ++c) block[static_cast<size_t>(f * channels + c)] = planes[c][f];
-        }
-        qvc::ReorderChannels(block.data(), static_cast<size_t>(got), channels, true);
-        return HandOut(block, got, out);
+    int32_t Decode(qv_audio_block* block) {
+        return With([&](qvc::DecoderBase& base, auto& stream) {
+            int32_t rc = stream.Decode(block);
+            if (rc < 0) error = base.error;
+            if (rc == 0) notes = base.notes;
+            return rc;
+        });
     }
 
     bool Rewind(uint64_t frame) {
-        if (!open || ov_pcm_seek(&vorbis, static_cast<ogg_int64_t>(frame)) != 0) return false;
-        position = static_cast<int64_t>(frame);
-        return true;
+        return With([&](qvc::DecoderBase&, auto& stream) { return stream.Rewind(frame); });
+    }
+    bool Format(qv_audio_format& format) const {
+        return With([&](qvc::DecoderBase&, auto& stream) { return stream.Format(format); });
+    }
+    void Facts(qv_stream_facts& facts) const {
+        With([&](qvc::DecoderBase&, auto& stream) { stream.Facts(facts); });
+    }
+    std::vector<qvc::Tag> Tags() const {
+        return With([&](qvc::DecoderBase&, auto& stream) { return stream.Tags(); });
+    }
+    std::vector<qvc::Tag> Properties() const {
+        return With([&](qvc::DecoderBase&, auto& stream) { return stream.Properties(); });
     }
 };
 

@@ -342,3 +342,38 @@ TEST_F(LossyCodec, EveryPairOfFormatsConverts) {
         }
     }
 }
+
+// People save Opus and FLAC in Ogg as .ogg and .oga: such files decode by
+// what their first packet says, to what they decode to under their own
+// extension, with their tags. The .opus extension keeps its one decoder.
+TEST_F(LossyCodec, OggFilesDecodeByWhatTheirStreamHolds) {
+    const size_t frames = 48000 + 321;
+    ASSERT_TRUE(WriteBytes(dir.File(u"in.wav"), Riff(FormatBody(1, 2, 48000, 2, 16, false), Tone(frames, 2))));
+    Tool(u"/usr/bin/opusenc", {clString(u"--quiet"), clString(u"--title"), clString(u"Opus Title"),
+                               dir.File(u"in.wav"), dir.File(u"in.opus")});
+    std::string opus = ReadBytes(dir.File(u"in.opus"));
+    ASSERT_TRUE(WriteBytes(dir.File(u"opus.ogg"), opus));
+    std::string fromOpus = Decoded(u"in.opus");
+    EXPECT_EQ(fromOpus.size(), frames * 4);
+    EXPECT_EQ(Decoded(u"opus.ogg"), fromOpus);
+    Convert(u"opus.ogg", u"tagged.flac", u"FLAC");
+    EXPECT_NE(ReadBytes(dir.File(u"tagged.flac")).find("TITLE=Opus Title"), std::string::npos);
+
+    // FLAC in Ogg is lossless: the samples come back bit-exact.
+    Tool(u"/usr/bin/flac", {clString(u"-s"), clString(u"-f"), clString(u"--ogg"), clString(u"-T"),
+                            clString(u"TITLE=Ogg FLAC"), clString(u"-o"), dir.File(u"flac.oga"), dir.File(u"in.wav")});
+    EXPECT_EQ(Decoded(u"flac.oga"), FindChunk(ReadBytes(dir.File(u"in.wav")), "data"));
+    Convert(u"flac.oga", u"tagged.flac", u"FLAC");
+    EXPECT_NE(ReadBytes(dir.File(u"tagged.flac")).find("TITLE=Ogg FLAC"), std::string::npos);
+
+    // Vorbis stays as it was, and what is not Ogg at all says so.
+    Tool(u"/usr/bin/oggenc", {clString(u"-Q"), clString(u"-o"), dir.File(u"vorbis.oga"), dir.File(u"in.wav")});
+    EXPECT_EQ(Decoded(u"vorbis.oga").size(), frames * 4);
+    ASSERT_TRUE(WriteBytes(dir.File(u"text.ogg"), std::string(4000, 't')));
+    std::u16string log = Convert(u"text.ogg", u"out.wav", u"Wave");
+    EXPECT_NE(log.find(u"the file is not an Ogg Vorbis file"), std::u16string::npos) << std::string(log.begin(), log.end());
+    // A damaged Opus stream inside .ogg fails with the Opus decoder's line.
+    ASSERT_TRUE(WriteBytes(dir.File(u"cut.ogg"), opus.substr(0, 40)));
+    log = Convert(u"cut.ogg", u"out.wav", u"Wave");
+    EXPECT_NE(log.find(u"Opus"), std::u16string::npos) << std::string(log.begin(), log.end());
+}
