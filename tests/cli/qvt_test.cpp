@@ -197,3 +197,27 @@ TEST_F(QvtTest, HelpNamesProfilesAndSettings) {
     run = Qvt({clString(u"settings"), clString(u"get"), clString(u"Test"), clString(u"Count")});
     EXPECT_EQ(run.code, 1);
 }
+
+// A tag over 1024 bytes (twice the characters of name and value) is out of
+// the naming language's reach, so that a batch never holds cover art in
+// memory: a title of 1,000 characters names the file by its source name,
+// one of 200 by itself. Either way the output keeps the whole title.
+TEST_F(QvtTest, ATitleOverTheTagLimitNamesByTheFileAndStaysInTheTags) {
+    const std::string longTitle(1000, 'L');
+    const std::string shortTitle(200, 'S');
+    std::string tone = ToneWave(1, 0.2);
+    std::string format = FindChunk(tone, "fmt ");
+    std::string data = FindChunk(tone, "data");
+    for (const std::string* title : {&longTitle, &shortTitle}) {
+        std::string list = "INFO" + Chunk("INAM", *title + '\0');
+        clString name = dir.File(title == &longTitle ? u"long.wav" : u"short.wav");
+        ASSERT_TRUE(WriteBytes(name, Riff(format, data, Chunk("LIST", list))));
+        QvtRun run = Qvt({clString(u"convert"), clString(u"--to"), clString(u"Wave"), clString(u"--folder"),
+                          dir.File(u"out"), clString(u"--naming"), clString(u"[title]"), name});
+        ASSERT_EQ(run.code, 0) << run.output;
+    }
+    std::string named = ReadBytes(Out(u"long.wav"));
+    EXPECT_NE(FindChunk(named, "LIST").find(longTitle), std::string::npos);
+    clString shortName = Out((std::u16string(200, u'S') + u".wav").c_str());
+    EXPECT_NE(FindChunk(ReadBytes(shortName), "LIST").find(shortTitle), std::string::npos);
+}
