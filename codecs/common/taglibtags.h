@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "codecs/common/codecfiles.h"
 #include "codecs/common/oggsupport.h"
 
 namespace qvc {
@@ -46,7 +47,7 @@ inline void WriteXiphComment(TagLib::Ogg::XiphComment& comment, const std::vecto
 // differ from those the stream was begun with, they replace them in the
 // finished file at `path`. A text naming the fault, or null.
 template <typename OggFile>
-const char* RewriteOggTags(const std::string& path, const std::string& beginTags, const void* endTags,
+const char* RewriteOggTags(const NativeName& path, const std::string& beginTags, const void* endTags,
                            uint32_t endSize) {
     if (endTags == nullptr || std::string(static_cast<const char*>(endTags), endSize) == beginTags) return nullptr;
     OggFile ogg(path.c_str(), false);

@@ -16,14 +16,15 @@
 #include <string>
 #include <vector>
 
+#include "codecs/common/codecfiles.h"
 #include "codecs/common/formatkeeper.h"
 #include "codecs/common/id3tags.h"
 #include "codecs/common/vorbiscomments.h"
 
 namespace {
 
-int64_t FileSizeOf(const std::string& path) {
-    qvc::OwnedFile file(std::fopen(path.c_str(), "rb"));
+int64_t FileSizeOf(const qv_char* name) {
+    qvc::OwnedFile file(qvc::OpenFile(name, "rb"));
     if (file == nullptr || std::fseek(file.get(), 0, SEEK_END) != 0) return 0;
     return qvc::Tell(file.get());
 }
@@ -61,8 +62,8 @@ struct Decoder : qvc::LossyDecoderBase {
     // The encoder that the Xing/Info frame names ("LAME3.100"), when the
     // file has no tag that names one. The frame is the first after any
     // ID3v2 tag.
-    void ReadEncoderName(const std::string& path) {
-        qvc::OwnedFile file(std::fopen(path.c_str(), "rb"));
+    void ReadEncoderName(const qv_char* fileName) {
+        qvc::OwnedFile file(qvc::OpenFile(fileName, "rb"));
         if (file == nullptr) return;
         unsigned char id3[10] = {};
         uint64_t audioStart = 0;
@@ -83,9 +84,9 @@ struct Decoder : qvc::LossyDecoderBase {
         encoder = qvc::FromBytes(name);
     }
 
-    void ReadTags(const std::string& path) {
+    void ReadTags(const qv_char* name) {
         tags.clear();
-        TagLib::MPEG::File file(path.c_str(), false);
+        TagLib::MPEG::File file(qvc::Native(name).c_str(), false);
         if (!file.isValid()) return;
         tags = qvc::TagsFromProperties(file.properties());
         if (TagLib::ID3v2::Tag* id3 = file.ID3v2Tag()) {
@@ -110,7 +111,7 @@ struct Decoder : qvc::LossyDecoderBase {
             mpg123_format(mpg.get(), r, MPG123_MONO | MPG123_STEREO, MPG123_ENC_FLOAT_32);
         }
         if (mpg123_open(mpg.get(), path.c_str()) != MPG123_OK) return Fail("the file can't be opened");
-        fileSize = FileSizeOf(path);
+        fileSize = FileSizeOf(name);
         int encoding = 0;
         long mpgRate = 0;
         int mpgChannels = 0;
@@ -137,8 +138,8 @@ struct Decoder : qvc::LossyDecoderBase {
         // What the stream tells of how it was made: its bitrate mode.
         std::string mode = info.vbr == MPG123_CBR ? "CBR" : info.vbr == MPG123_ABR ? "ABR" : "VBR";
         encoderSettings = qvc::FromBytes(mode + " " + std::to_string(bitrate / 1000) + " kbit/s");
-        ReadTags(path);
-        if (encoder.empty()) ReadEncoderName(path);
+        ReadTags(name);
+        if (encoder.empty()) ReadEncoderName(name);
         formatTag = 0x55;  // MPEG layer 3
         rate = static_cast<uint32_t>(mpgRate);
         channels = mpgChannels;

@@ -62,7 +62,7 @@ const char* ReadSettings(const std::u16string& options, Settings& settings) {
 struct Encoder : qvc::EncoderBase {
     qvc::Owned<lame_global_flags, lame_close> lame;
     qvc::OwnedFile file;
-    std::string path;
+    qvc::NativeName path;
     int channels = 0;
     std::vector<unsigned char> buffer;
     std::vector<qvc::Tag> tags;
@@ -102,7 +102,7 @@ struct Encoder : qvc::EncoderBase {
         lame_set_write_id3tag_automatic(lame.get(), 0);
         lame_set_bWriteVbrTag(lame.get(), 1);
         if (lame_init_params(lame.get()) < 0) return Fail("LAME can't encode this rate with these settings");
-        path = qvc::FileName(record.outputPath);
+        path = qvc::Native(record.outputPath);
         file.reset(qvc::OpenFile(record.outputPath, "wb"));
         if (file == nullptr) return Fail("the output file can't be created");
         tags = qvc::ReadTagBlock(record.tags, record.tagsSize);

@@ -44,7 +44,7 @@ struct Encoder : qvc::EncoderBase {
     qvc::OwnedFile file;
     // Declared after the file it writes to, so it goes first.
     qvc::Owned<OggOpusEnc, ope_encoder_destroy> opus;
-    std::string path;
+    qvc::NativeName path;
     int channels = 0;
     std::string beginTags;
     std::vector<float> reordered;
@@ -72,7 +72,7 @@ struct Encoder : qvc::EncoderBase {
             ope_comments_add_string(comments.get(), line.c_str());
         }
         beginTags.assign(static_cast<const char*>(record.tags), record.tagsSize);
-        path = qvc::FileName(record.outputPath);
+        path = qvc::Native(record.outputPath);
         file.reset(qvc::OpenFile(record.outputPath, "wb"));
         if (file == nullptr) return Fail("the output file can't be created");
         OpusEncCallbacks callbacks = {WriteToFile, CloseFile};

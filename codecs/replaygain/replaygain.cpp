@@ -20,12 +20,9 @@
 // Settings:
 //   -mode="track|album"     album: album tags too at the end of a batch
 //   -apply="tags|gain"      write tags, or change the audio by the gain
-#include <dirent.h>
 #include <ebur128.h>
-#include <sys/stat.h>
 #include <taglib/fileref.h>
 #include <taglib/tpropertymap.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -34,17 +31,17 @@
 #include <string>
 #include <vector>
 
-#include "codecs/common/codecsupport.h"
+#include "codecs/common/codecfiles.h"
 
 namespace {
 
 constexpr double kReference = -18.0;  // LUFS
 
-std::string BatchFolder(uint64_t batchId) {
-    const char* temp = std::getenv("TMPDIR");
-    std::string folder = temp != nullptr && temp[0] != 0 ? temp : "/tmp";
-    if (folder.back() != '/') folder += '/';
-    return folder + "Qv" + std::to_string(batchId);
+// The program's folder of the batch, where the files of an album leave
+// their measurements for its end.
+std::u16string BatchFolder(uint64_t batchId) {
+    std::string id = "Qv" + std::to_string(batchId);
+    return qvc::TempFolder() + std::u16string(id.begin(), id.end());
 }
 
 std::string Decibels(double value) {
@@ -231,17 +228,18 @@ struct Effect : qvc::EffectBase {
 
     // The blocks and the peak for the album, written whole or not at all.
     void LeaveForAlbum(double peak) {
-        std::string folder = BatchFolder(batchId);
-        ::mkdir(folder.c_str(), 0700);
+        std::u16string folder = BatchFolder(batchId);
+        qvc::MakeFolder(folder);
         char name[64];
-        std::snprintf(name, sizeof name, "/replaygain-%d-%p", static_cast<int>(::getpid()), static_cast<void*>(this));
-        std::string path = folder + name, partial = path + ".part";
-        qvc::OwnedFile file(std::fopen(partial.c_str(), "wb"));
+        std::snprintf(name, sizeof name, "replaygain-%lu-%p", qvc::ProcessId(), static_cast<void*>(this));
+        std::u16string path = folder + qvc::Separator() + qvc::FromBytes(name);
+        std::u16string partial = path + u".part";
+        qvc::OwnedFile file(qvc::OpenFile(partial.c_str(), "wb"));
         if (file == nullptr) return;
         bool ok = std::fwrite(&peak, sizeof peak, 1, file.get()) == 1 &&
                   std::fwrite(blocks.data(), sizeof(double), blocks.size(), file.get()) == blocks.size();
         ok = std::fclose(file.release()) == 0 && ok;
-        if (!ok || std::rename(partial.c_str(), path.c_str()) != 0) std::remove(partial.c_str());
+        if (!ok || !qvc::ReplaceFile(partial, path)) qvc::RemoveFile(partial);
     }
 
     // The tags of a file whose audio the gain changed: the gain tags it
@@ -285,22 +283,18 @@ struct Effect : qvc::EffectBase {
     bool BatchEnd(const qv_batch_end_record& record) {
         Settings given = ReadSettings(record.settings != nullptr ? std::u16string(record.settings) : std::u16string());
         if (!given.album || given.error != nullptr) return true;
-        std::string folder = BatchFolder(record.batchId);
+        std::u16string folder = BatchFolder(record.batchId);
         std::vector<double> energies;
         double peak = 0;
-        if (DIR* dir = ::opendir(folder.c_str())) {
-            while (dirent* entry = ::readdir(dir)) {
-                std::string name = entry->d_name;
-                if (name.rfind("replaygain-", 0) != 0 || name.find(".part") != std::string::npos) continue;
-                qvc::OwnedFile file(std::fopen((folder + "/" + name).c_str(), "rb"));
-                if (file == nullptr) continue;
-                double value = 0;
-                if (std::fread(&value, sizeof value, 1, file.get()) == 1) {
-                    peak = std::max(peak, value);
-                    while (std::fread(&value, sizeof value, 1, file.get()) == 1) energies.push_back(value);
-                }
+        for (const std::u16string& name : qvc::FolderEntries(folder)) {
+            if (name.rfind(u"replaygain-", 0) != 0 || name.find(u".part") != std::u16string::npos) continue;
+            qvc::OwnedFile file(qvc::OpenFile((folder + qvc::Separator() + name).c_str(), "rb"));
+            if (file == nullptr) continue;
+            double value = 0;
+            if (std::fread(&value, sizeof value, 1, file.get()) == 1) {
+                peak = std::max(peak, value);
+                while (std::fread(&value, sizeof value, 1, file.get()) == 1) energies.push_back(value);
             }
-            ::closedir(dir);
         }
         double loudness = GatedLoudness(energies);
         std::vector<qvc::Tag> files = qvc::ReadTagBlock(record.block, record.blockSize);
@@ -315,7 +309,7 @@ struct Effect : qvc::EffectBase {
             }
             std::u16string stem = entry.name.substr(0, entry.name.size() - suffix.size());
             if (has(stem + u"_conversionhaderrors")) continue;
-            TagLib::FileRef file(qvc::FileName(entry.value).c_str(), false);
+            TagLib::FileRef file(qvc::Native(entry.value).c_str(), false);
             if (file.isNull()) continue;
             TagLib::PropertyMap properties = file.file()->properties();
             if (std::isfinite(loudness)) {

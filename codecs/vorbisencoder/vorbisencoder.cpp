@@ -23,7 +23,7 @@ constexpr size_t kLargestHeaderComments = 1 << 20;
 
 struct Encoder : qvc::EncoderBase {
     qvc::OwnedFile file;
-    std::string path;
+    qvc::NativeName path;
     int channels = 0;
     bool described = false;  // info and comment are initialised
     bool started = false;    // and so are dsp, block and stream
@@ -118,7 +118,7 @@ struct Encoder : qvc::EncoderBase {
         std::srand(static_cast<unsigned>(std::time(nullptr)));
         ogg_stream_init(&stream, std::rand());
         started = true;
-        path = qvc::FileName(record.outputPath);
+        path = qvc::Native(record.outputPath);
         file.reset(qvc::OpenFile(record.outputPath, "wb"));
         if (file == nullptr) return Fail("the output file can't be created");
         ogg_packet identification, commentPacket, codebooks;

@@ -20,6 +20,7 @@
 #include <taglib/aifffile.h>
 #include <taglib/wavfile.h>
 
+#include "codecs/common/codecfiles.h"
 #include "codecs/common/id3tags.h"
 #endif
 
@@ -313,7 +314,7 @@ struct Decoder : qvc::DecoderBase {
     // the same name from the format's own texts.
     void ReadId3(const qv_char* name) {
 #ifdef QVC_WAVE_ID3
-        std::string path = qvc::FileName(name);
+        qvc::NativeName path = qvc::Native(name);
         std::vector<qvc::Tag> found;
         if (container == Container::Aiff) {
             TagLib::RIFF::AIFF::File aiff(path.c_str(), false);

@@ -254,11 +254,14 @@ TEST_F(WaveCodec, TagsOfAnId3ChunkComeThrough) {
     std::string wave = Riff(FormatBody(1, 2, 44100, 2, 16, false), Samples(2000, 2),
                             Chunk("LIST", info) + Chunk("id3 ", id3));
     std::string aiff = WithAiffChunk(Aiff(2, 44100, 16, Swap(Samples(2000, 2), 2)), "ID3 ", id3);
-    for (const auto& [name, bytes] : {std::pair{u"in.wav", wave}, std::pair{u"in.aiff", aiff}}) {
+    // Names beyond any ANSI code page: TagLib opens by the name the
+    // platform's wide calls take.
+    for (const auto& [name, bytes] :
+         {std::pair{u"\u66f2 caf\u00e9.wav", wave}, std::pair{u"\u66f2 caf\u00e9.aiff", aiff}}) {
         Convert(name, bytes);
         std::string list = FindChunk(Output(), "LIST");
-#ifdef _WIN32
-        // The Windows build reads ID3 once its tag library is built for it.
+#ifndef QV_TEST_CODEC_LIBRARIES
+        // A Windows build without the codec libraries has no TagLib.
         EXPECT_FALSE(list.empty());
 #else
         EXPECT_NE(list.find("Caf\xC3\xA9 Song"), std::string::npos) << list;
@@ -266,7 +269,7 @@ TEST_F(WaveCodec, TagsOfAnId3ChunkComeThrough) {
         EXPECT_NE(list.find("First"), std::string::npos) << list;
         EXPECT_EQ(list.find("Old"), std::string::npos) << "the ID3 title wins: " << list;
 #endif
-        if (name[5] == u'w') {
+        if (std::u16string(name).back() == u'v') {  // the WAVE file
             EXPECT_NE(list.find("Kept"), std::string::npos) << "the other texts stay: " << list;
         }
     }

@@ -124,14 +124,14 @@ TEST_F(WindowRunTest, ANamingWrittenInTheEditorNamesTheOutputs) {
 
 // A user adds two effects in the options window and sets each on its
 // page, writes a naming with the editor's menus, and converts: the outputs
-// carry the effects and the names. (Resample and ReplayGain are built for
-// Linux; the Windows build has the signal-free effects.)
+// carry the effects and the names. (A Windows build without the codec
+// libraries has only the signal-free effects.)
 TEST_F(WindowRunTest, EffectsSetOnTheirPagesAndANamingFromTheMenusReachTheOutputs) {
     clStringList arguments;
     arguments.Add(Source(u"a.wav", 1));
     arguments.Add(Source(u"b.wav", 2));
     clString base(out);
-#ifdef _WIN32
+#ifndef QV_TEST_CODEC_LIBRARIES
     // Channel Count works in floating point: the depth comes after it.
     WriteBytes(script, "options: encoder Wave; effect Channel Count; effect Bit Depth; "
                        "outputcommand Edit Dynamic Naming; press 1\n"
@@ -151,7 +151,7 @@ TEST_F(WindowRunTest, EffectsSetOnTheirPagesAndANamingFromTheMenusReachTheOutput
     EXPECT_EQ(ReadBytes(script), "") << "every window the script answers appeared";
     clString stored = GetSettingText(kEntryEffectsSetting.name, settingsRootHive,
                                      EntryKeyPath(clString(extension[1] == u'w' ? u"Wave" : u"FLAC"), clString()).text);
-#ifdef _WIN32
+#ifndef QV_TEST_CODEC_LIBRARIES
     EXPECT_EQ(U(stored), u"-dspeffect1=\"Channel Count=-channels={qt}1{qt}\" -dspeffect2=\"Bit Depth=-bits={qt}24{qt}\"");
 #else
     EXPECT_EQ(U(stored), u"-dspeffect1=\"Resample=-rate={qt}22050{qt}\" -dspeffect2=\"ReplayGain=-mode={qt}track{qt}\"");
@@ -162,24 +162,24 @@ TEST_F(WindowRunTest, EffectsSetOnTheirPagesAndANamingFromTheMenusReachTheOutput
         file.Append(extension);
         clString output = JoinPath(out, file);
         ASSERT_TRUE(PathExists(output)) << U(output).size();
-#ifdef _WIN32
+#ifndef QV_TEST_CODEC_LIBRARIES
         std::string wave = ReadBytes(output);
         EXPECT_EQ(BitsOf(wave), 24);
         std::string fmt = FindChunk(wave, "fmt ");
         ASSERT_GE(fmt.size(), 4u);
         EXPECT_EQ(fmt[2], 1) << "one channel";
 #else
-        clStringList tool;
-        tool.Add(clString(u"--show-sample-rate"));
-        tool.Add(clString(u"--show-tag=REPLAYGAIN_TRACK_GAIN"));
-        tool.Add(clString(u"--show-tag=REPLAYGAIN_ALBUM_GAIN"));
-        tool.Add(output);
-        int exitCode = -1;
-        ASSERT_TRUE(PlatformRunProcess(clString(u"/usr/bin/metaflac"), tool, dir.File(u"tool.log"), &exitCode));
-        std::string shown = ReadBytes(dir.File(u"tool.log"));
-        EXPECT_EQ(shown.rfind("22050\n", 0), 0u) << shown;
-        EXPECT_NE(shown.find("REPLAYGAIN_TRACK_GAIN="), std::string::npos) << shown;
-        EXPECT_EQ(shown.find("REPLAYGAIN_ALBUM_GAIN="), std::string::npos) << "track mode: " << shown;
+        // The stream header's rate (20 bits after "fLaC", the block header
+        // and the block and frame sizes) and the comments, read as bytes
+        // so that the check is the same on both platforms.
+        std::string flac = ReadBytes(output);
+        ASSERT_GT(flac.size(), 21u);
+        uint32_t rate = static_cast<uint32_t>(static_cast<uint8_t>(flac[18])) << 12 |
+                        static_cast<uint32_t>(static_cast<uint8_t>(flac[19])) << 4 |
+                        static_cast<uint8_t>(flac[20]) >> 4;
+        EXPECT_EQ(rate, 22050u);
+        EXPECT_NE(flac.find("REPLAYGAIN_TRACK_GAIN="), std::string::npos);
+        EXPECT_EQ(flac.find("REPLAYGAIN_ALBUM_GAIN="), std::string::npos) << "track mode";
 #endif
     }
 }
