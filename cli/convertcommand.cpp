@@ -483,6 +483,12 @@ int ConvertCommand(const std::vector<std::string>& words) {
     // TrackConverter deletes the list once read; one ended before that
     // (a signal at its start) leaves it here.
     DeleteFileEx(listFile);
+    // Its own answers are these; anything else is a program that could not
+    // run (a library missing from its folder, a crash at its start).
+    if (code != kExitOk && code != kExitFailed && code != kExitUsage && (code <= kExitBySignal || code > 192)) {
+        return Fail(kExitFailed, Utf8(program) + " ended unexpectedly (exit code " + std::to_string(code) +
+                                     "); its folder may be incomplete: install the program again");
+    }
     // Files left out are files not converted.
     if (code == kExitOk && collected.refused > 0) code = kExitFailed;
     return code;

@@ -54,6 +54,9 @@ std::string Printable(const std::string& bytes);
 constexpr int kExitOk = 0;
 constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
+// 128 and a signal's number: the conversion ended on Ctrl-C (130), a hang-up
+// (129) or a request to terminate (143).
+constexpr int kExitBySignal = 128;
 
 // "qvt: <message>" on standard error; answers `code`.
 int Fail(int code, const std::string& message);

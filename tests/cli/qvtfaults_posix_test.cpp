@@ -1,6 +1,8 @@
 // Faults through the real qvt that need POSIX signals and limits: a worker
 // killed mid-file, a worker that stops answering, a disk that fills up.
 #include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <future>
@@ -115,4 +117,32 @@ TEST_F(FaultTest, AKilledRunsProfileGoesWithTheNextRun) {
                        dir.File(u"next"), JoinPath(src, clString(u"short.wav"))});
     EXPECT_EQ(next.code, 0) << next.output;
     EXPECT_FALSE(HasRunProfile(qvtPid));
+}
+
+// A TrackConverter that can't run (on Windows a library missing from the
+// program folder: the process starts and ends at once with a loader's
+// code) is named with its code, not passed on as a silent exit status.
+TEST_F(FaultTest, ATrackConverterThatCantRunIsNamed) {
+    Source(u"a.wav", 0.2);
+    clString folder = dir.File(u"broken");
+    MakeFolders(folder);
+    clString qvt = JoinPath(folder, clString(u"qvt"));
+    ASSERT_TRUE(WriteBytes(qvt, ReadBytes(FaultInstallPath(u"qvt"))));
+    clString trackConverter = JoinPath(folder, clString(u"TrackConverter"));
+    ASSERT_TRUE(WriteBytes(trackConverter, "#!/bin/sh\nexit 53\n"));
+    for (const clString* program : {&qvt, &trackConverter}) {
+        ASSERT_EQ(::chmod(StringToUtf8(*program).c_str(), 0755), 0);
+    }
+    // The plug-ins of the installation, for qvt's own checks.
+    clString installation = JoinPath(GetProgramFolder(), clString(u"faultinstall"));
+    for (const char16_t* kind : {u"decoder", u"encoder", u"DSPs"}) {
+        ASSERT_EQ(::symlink(StringToUtf8(JoinPath(installation, clString(kind))).c_str(),
+                            StringToUtf8(JoinPath(folder, clString(kind))).c_str()),
+                  0);
+    }
+    QvtRun run = RunProgram(qvt,
+                            {clString(u"convert"), clString(u"--to"), clString(u"Wave"), clString(u"--folder"), out, src},
+                            dir.File(u"broken.log"));
+    EXPECT_EQ(run.code, 1) << run.output;
+    EXPECT_TRUE(Contains(run.output, "TrackConverter ended unexpectedly (exit code 53)")) << run.output;
 }
