@@ -221,3 +221,24 @@ TEST_F(QvtTest, ATitleOverTheTagLimitNamesByTheFileAndStaysInTheTags) {
     clString shortName = Out((std::u16string(60, u'S') + u".wav").c_str());
     EXPECT_NE(FindChunk(ReadBytes(shortName), "LIST").find(shortTitle), std::string::npos);
 }
+
+#ifdef QV_TEST_CODEC_LIBRARIES
+// ReplayGain's album mode: each file leaves its measurement in the batch's
+// folder and the batch's end writes one album gain into every output, on
+// both platforms (the folder and its listing are each platform's own).
+TEST_F(QvtTest, AnAlbumGetsOneAlbumGainAtTheBatchEnd) {
+    QvtRun run = Qvt({clString(u"convert"), clString(u"--to"), clString(u"FLAC"), clString(u"--folder"),
+                      dir.File(u"out"), clString(u"--effect"), clString(u"ReplayGain=-mode=album"), src});
+    ASSERT_EQ(run.code, 0) << run.output;
+    std::string album;
+    for (const char16_t* name : {u"tone 0.flac", u"tone 1.flac", u"tone 2.flac"}) {
+        std::string flac = ReadBytes(Out(name));
+        size_t at = flac.find("REPLAYGAIN_ALBUM_GAIN=");
+        ASSERT_NE(at, std::string::npos) << clString(name).ToUtf8() << run.output;
+        std::string value = flac.substr(at, flac.find(" dB", at) - at);
+        if (album.empty()) album = value;
+        EXPECT_EQ(value, album) << "one gain for the album";
+        EXPECT_NE(flac.find("REPLAYGAIN_TRACK_GAIN="), std::string::npos);
+    }
+}
+#endif
