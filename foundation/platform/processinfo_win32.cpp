@@ -89,6 +89,30 @@ const char16_t* PlatformExecutableSuffix() { return u".exe"; }
 void PlatformInitializeComponents() { CoInitialize(nullptr); }
 void PlatformUninitializeComponents() { CoUninitialize(); }
 
+namespace {
+
+// A failure a moment's wait may cure: a file held by a process that just
+// ended (the system, a virus scanner or an indexer closing after it), or a
+// system short of resources for a moment (seen under Wine on a loaded
+// machine, where starting a process now and then fails once). A name that
+// does not exist or a file that is no program stays so.
+bool MayPass(DWORD error) {
+    switch (error) {
+        case ERROR_SUCCESS:
+        case ERROR_FILE_NOT_FOUND:
+        case ERROR_PATH_NOT_FOUND:
+        case ERROR_INVALID_NAME:
+        case ERROR_BAD_EXE_FORMAT:
+        case ERROR_DIRECTORY:
+        case ERROR_INVALID_PARAMETER:
+            return false;
+        default:
+            return true;
+    }
+}
+
+}  // namespace
+
 bool PlatformRunProcess(const clString& program, const clStringList& arguments, const clString& outputFile,
                         int* exitCode) {
     // Our programs read their raw command line with the option parser, so
@@ -96,15 +120,14 @@ bool PlatformRunProcess(const clString& program, const clStringList& arguments, 
     clString line = BuildCommandLineText(program, arguments);
     SECURITY_ATTRIBUTES inherit{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
     // A file that a process which just ended wrote to can stay held for a
-    // moment (the system, a virus scanner or an indexer closing after it),
-    // so a refusal to share is waited out for up to a second.
+    // moment, so a failure that may pass is waited out for up to a second.
     HANDLE out = INVALID_HANDLE_VALUE;
     for (int attempt = 0; attempt < 50; ++attempt) {
         out = CreateFileW(reinterpret_cast<LPCWSTR>(outputFile.text), GENERIC_WRITE,
                           FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, &inherit, CREATE_ALWAYS,
                           FILE_ATTRIBUTE_NORMAL, nullptr);
         DWORD error = out == INVALID_HANDLE_VALUE ? GetLastError() : ERROR_SUCCESS;
-        if (error != ERROR_SHARING_VIOLATION && error != ERROR_ACCESS_DENIED) break;
+        if (!MayPass(error)) break;
         Sleep(20);
     }
     if (out == INVALID_HANDLE_VALUE) return false;
@@ -117,13 +140,14 @@ bool PlatformRunProcess(const clString& program, const clStringList& arguments, 
     startup.hStdOutput = out;
     startup.hStdError = out;
     PROCESS_INFORMATION info{};
-    // The same holds for a program file that was just written or scanned.
+    // The same holds for a program file that was just written or scanned,
+    // and for the start of the process itself.
     BOOL started = FALSE;
     for (int attempt = 0; attempt < 50 && !started; ++attempt) {
         started = CreateProcessW(reinterpret_cast<LPCWSTR>(program.text), reinterpret_cast<LPWSTR>(line.text), nullptr,
                                  nullptr, TRUE, CREATE_NO_WINDOW, nullptr, nullptr, &startup, &info);
         DWORD error = started ? ERROR_SUCCESS : GetLastError();
-        if (error != ERROR_SHARING_VIOLATION && error != ERROR_ACCESS_DENIED) break;
+        if (!MayPass(error)) break;
         Sleep(20);
     }
     CloseHandle(out);
