@@ -104,6 +104,8 @@ clConversionServices clConversionServices::Defaults() {
 
 clConversion::clConversion(clConversionInput& conversionInput, const clConversionServices& conversionServices)
     : input(conversionInput), services(conversionServices) {
+    wake = PlatformCreateWake();
+    environment.wake = wake;
     environment.tickCount = services.tickCount;
     environment.launcher = services.launcher;
     environment.workerProgram = services.workerProgram;
@@ -118,6 +120,7 @@ clConversion::~clConversion() {
     slots.Clear();
     encoderBatches.Clear();
     PlatformKeepAwake(false);
+    PlatformCloseWake(wake);
 }
 
 void clConversion::Open() {
@@ -144,8 +147,11 @@ void clConversion::Open() {
     // question whether stream facts are needed.
     if (IsMultiEncoder(settings.encoderName)) ParseMultiItems(settings.encoderOptions, multiItems);
     needStreamFacts = NeedsStreamFacts(settings.namingRule, settings.dspEffects, multiItems);
+    examineDone = false;
     clThreadRunFunction(examineThread, [this](XEvent& stop) {
         ReadSourcesToLevel(input.sources, needStreamFacts ? 2 : 1, &stop, &examineHold);
+        examineDone.store(true, std::memory_order_release);
+        PlatformRaiseWake(wake);
     });
     // A long run must not be cut short by the machine going to sleep.
     PlatformKeepAwake(true);
@@ -173,8 +179,8 @@ void clConversion::PlanSlots() {
 
 bool clConversion::TickDue() {
     if (pausePressed) return false;
-    if (state == kStateExamining) return examineThread.HasEnded();
-    if (state == kStateFinalizing) return finalizeThread.HasEnded();
+    if (state == kStateExamining) return examineDone.load(std::memory_order_acquire) || examineThread.HasEnded();
+    if (state == kStateFinalizing) return finalizeDone.load(std::memory_order_acquire) || finalizeThread.HasEnded();
     if (state != kStateConverting) return false;
     for (int64_t i = 0; i < slots.Count(); ++i) {
         clWorkerSlot& slot = slots[i];
@@ -182,11 +188,31 @@ bool clConversion::TickDue() {
             if (i < activeSlots && i < targetSlots && nextJob < jobs.Count()) return true;
             continue;
         }
-        if (slot.isDirectCopy ? slot.copyThread.HasEnded() : slot.worker != nullptr && slot.worker->HasEnded()) {
-            return true;
-        }
+        if (slot.JobEnded()) return true;
     }
     return false;
+}
+
+void clConversion::WaitForWork(uint32_t milliseconds) {
+    if (milliseconds == 0 || TickDue()) return;
+    // While paused nothing is started, whatever ends: the view's own tick
+    // is soon enough.
+    clProcessHandle running[kSlotCount];
+    int32_t count = 0;
+    bool unwatched = false;
+    for (int64_t i = 0; i < slots.Count() && !pausePressed; ++i) {
+        const clWorkerSlot& slot = slots[i];
+        if (slot.running != 1 || slot.isDirectCopy) continue;
+        clProcessHandle process = slot.worker != nullptr ? slot.worker->WaitHandle() : 0;
+        if (process == 0) {
+            unwatched = true;
+        } else {
+            running[count++] = process;
+        }
+    }
+    // A worker that can't be waited on is looked at every 5 ms.
+    if (unwatched && milliseconds > 5) milliseconds = 5;
+    PlatformWaitWorkers(running, count, wake, milliseconds);
 }
 
 void clConversion::Tick(bool display) {
@@ -220,7 +246,7 @@ void clConversion::Tick(bool display) {
                 DispatchJobs();
                 break;
             case kStateFinalizing:
-                if (finalizeThread.HasEnded()) EndFinishing();
+                if (finalizeDone.load(std::memory_order_acquire) || finalizeThread.HasEnded()) EndFinishing();
                 break;
             case kStateCancelling: {
                 statusText = u"Cancelling Conversion...";
@@ -411,7 +437,12 @@ void clConversion::BeginFinishing() {
     headline.Append(settings.encoderName);
     progress = 10000;
     statusText = u"Finalizing DSP Effects...";
-    clThreadRunFunction(finalizeThread, [this](XEvent&) { FinalizeBatches(*this); });
+    finalizeDone = false;
+    clThreadRunFunction(finalizeThread, [this](XEvent&) {
+        FinalizeBatches(*this);
+        finalizeDone.store(true, std::memory_order_release);
+        PlatformRaiseWake(wake);
+    });
     state = kStateFinalizing;
 }
 

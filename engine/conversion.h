@@ -129,6 +129,12 @@ public:
     // finishing is. A view may tick early then, so that a core does not
     // idle out the rest of the 50 ms before its next file starts.
     bool TickDue();
+    // Sleeps at most `milliseconds` (the rest of the view's 50 ms) until
+    // TickDue may have turned true: a worker has ended, or a copy, the
+    // examination or the batch end has finished. A view calls it between
+    // ticks instead of sleeping, so that a freed core gets its next file
+    // at once and the run ends the moment its work does.
+    void WaitForWork(uint32_t milliseconds);
     // The Pause button.
     void SetPause(bool pressed);
     // The Cancel button and the window's close: "Finish" once finished,
@@ -153,6 +159,9 @@ private:
     clConversionServices services;
     clWorkerEnvironment environment;
     std::atomic<bool> examineHold{false};
+    // Set by the examining and the batch-end threads as their last act.
+    std::atomic<bool> examineDone{false}, finalizeDone{false};
+    clWakeHandle wake = clNoWake;
     bool inTick = false;
 
     void PlanSlots();

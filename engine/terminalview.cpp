@@ -125,7 +125,7 @@ clTerminalIo clTerminalIo::Process() {
     io.readLine = [](std::string& line, bool wait) { return input->Next(line, wait); };
     io.interruptCount = PlatformInterruptCount;
     io.terminationSignal = PlatformTerminationSignal;
-    io.sleep = PlatformSleep;
+    io.wait = [](clConversion& conversion, uint32_t milliseconds) { conversion.WaitForWork(milliseconds); };
     return io;
 }
 
@@ -347,16 +347,21 @@ int clTerminalView::Run(clConversionInput& input, clConversionServices services)
     current = &conversion;
     conversion.Open();
     uint32_t interrupts = io.interruptCount();
-    int sinceDisplayTick = 50;
+    uint32_t lastDisplayTick = tickCount() - 50;
     while (!conversion.closed) {
-        // A tick every 50 ms, or sooner when work waits for it: the next
-        // file then starts at once.
-        // Only a tick that closes 50 ms turns the rows' texts.
-        int waited = 0;
-        for (; waited < 50 && !conversion.TickDue(); waited += 5) io.sleep(5);
-        sinceDisplayTick += waited;
-        const bool displayTick = sinceDisplayTick >= 50;
-        if (displayTick) sinceDisplayTick = 0;
+        // A tick every 50 ms, or the moment work waits for it: a freed core
+        // gets its next file at once, and the run ends when its work does.
+        // Only a tick that closes 50 ms turns the rows' texts. A Ctrl-C
+        // ends the wait too (on POSIX it interrupts it), and is answered
+        // by this tick.
+        for (;;) {
+            const uint32_t since = tickCount() - lastDisplayTick;
+            if (since >= 50 || conversion.TickDue() || io.interruptCount() != interrupts) break;
+            if (io.terminationSignal && io.terminationSignal() != 0) break;
+            io.wait(conversion, 50 - since);
+        }
+        const bool displayTick = tickCount() - lastDisplayTick >= 50;
+        if (displayTick) lastDisplayTick = tickCount();
         uint32_t count = io.interruptCount();
         if (Terminated(&conversion)) {
             interrupts = count;

@@ -44,7 +44,10 @@ struct clTerminalIo {
     std::function<uint32_t()> interruptCount;
     // The signal of a request to end (15 or 1), 0 while none came.
     std::function<int()> terminationSignal;
-    std::function<void(uint32_t milliseconds)> sleep;
+    // The pause between two ticks, at most `milliseconds`: the process's own
+    // waits on the conversion's work (clConversion::WaitForWork); a test's
+    // moves its clock.
+    std::function<void(clConversion& conversion, uint32_t milliseconds)> wait;
 
     // The process's own terminal: standard output and input, Ctrl-C
     // counted by the platform, input read on a thread of its own.

@@ -59,6 +59,7 @@ public:
     }
     clString Read(bool standardError) override { return standardError ? err.ReadAll() : out.ReadAll(); }
     bool HasEnded() override { return PlatformWaitProcess(process, 0); }
+    clProcessHandle WaitHandle() override { return process; }
     void Suspend() override { PlatformSuspendWorker(process, thread); }
     void Resume() override { PlatformResumeWorker(process, thread); }
     void SetPriority(int32_t code) override { PlatformSetWorkerPriority(process, thread, code); }

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "foundation/clstring.h"
+#include "foundation/platform/thread.h"
 
 // One started worker, as its slot sees it. Nothing here blocks.
 class clWorkerLink {
@@ -24,6 +25,10 @@ public:
     // Ends the worker at once (a paused one too) and waits for its end: for
     // a worker past the watchdog, or one that ignores a cancel.
     virtual void Terminate() = 0;
+    // The process whose end the scheduler waits on; 0 for a worker that
+    // can't be waited on (a scripted one), which the scheduler then looks
+    // at every few milliseconds.
+    virtual clProcessHandle WaitHandle() { return 0; }
 };
 
 class clWorkerLauncher {

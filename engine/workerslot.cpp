@@ -118,17 +118,38 @@ void clWorkerSlot::StartJob(const clJobStart& job) {
     cancelSent = false;
     copyPercent = 0;
     copyErrors.Clear();
+    copyDone = false;
 
     if (isDirectCopy) {
         action = clString::Formatted(u"Copying '%s'", GetFileName(outputPath).text);
         running = 1;
-        copyThread.Start([](XEvent& stop, void* slot) { RunDirectCopy(stop, *static_cast<clWorkerSlot*>(slot)); }, this,
-                         0);
+        copyThread.Start(
+            [](XEvent& stop, void* argument) {
+                auto& slot = *static_cast<clWorkerSlot*>(argument);
+                RunDirectCopy(stop, slot);
+                slot.copyDone.store(true, std::memory_order_release);
+                PlatformRaiseWake(slot.env.wake);
+            },
+            this, 0);
         return;
     }
 
-    MakeEvent(cancelEvent, u"qvevt-cancel-");
-    MakeEvent(watchdogEvent, u"qvevt-watch-");
+    // A slot keeps its two events from job to job: making and removing a
+    // named object is file-system work that, beside busy encoders, could
+    // hold the next start up for milliseconds. The ended worker set them
+    // last; they start each job lowered.
+    for (auto [event, prefix] : {std::pair{&cancelEvent, u"qvevt-cancel-"}, std::pair{&watchdogEvent, u"qvevt-watch-"}}) {
+        if (event->handle != 0) {
+            event->Reset();
+        } else {
+            MakeEvent(*event, prefix);
+        }
+    }
+    // The last job's command file goes only once this job's worker runs:
+    // removing a file still being written back to disk can take the file
+    // system milliseconds beside busy encoders, and a core would wait.
+    clString previousCommandFile = commandFile;
+    commandFile.Clear();
     WriteCommandFile(WorkerOptions(job.batchId, GetSettingText(kTempFileLocationSetting.name)));
 
     clString commandLine(env.workerProgram);
@@ -138,6 +159,7 @@ void clWorkerSlot::StartJob(const clJobStart& job) {
     commandLine.Append(u"\"");
     clString failure;
     worker = env.launcher->Start(commandLine, failure);
+    if (!previousCommandFile.IsEmpty()) DeleteFileEx(previousCommandFile);
     if (worker == nullptr) {
         AddError(failure);
         return;
@@ -151,6 +173,12 @@ void clWorkerSlot::DrainPipes(bool final) {
     TakeErrors(worker->Read(true));
     TakeOutput(worker->Read(false));
     if (!final && worker->HasEnded()) EndJob();
+}
+
+bool clWorkerSlot::JobEnded() const {
+    if (running != 1) return false;
+    if (isDirectCopy) return copyDone.load(std::memory_order_acquire) || copyThread.HasEnded();
+    return worker != nullptr && worker->HasEnded();
 }
 
 void clWorkerSlot::EndJob() {
@@ -197,7 +225,7 @@ void clWorkerSlot::Tick(bool pausePressed, bool cancelRequested, int32_t wantedP
         }
     } else if (running == 1) {
         percent = copyPercent;
-        if (copyThread.HasEnded()) EndJob();
+        if (JobEnded()) EndJob();
     }
     if (running != 1) return;
 

@@ -18,6 +18,7 @@
 
 #include "engine/slotreport.h"
 #include "engine/workerlauncher.h"
+#include "foundation/platform/workerprocess.h"
 #include "foundation/clstring.h"
 #include "foundation/syncobjects.h"
 #include "foundation/thread.h"
@@ -28,6 +29,9 @@ struct clWorkerEnvironment {
     std::function<uint32_t()> tickCount;
     clWorkerLauncher* launcher = nullptr;
     clString workerProgram;  // full path of ConvertWorker
+    // Raised when a slot's copy thread has finished, so that the scheduler
+    // waiting for work wakes at once.
+    clWakeHandle wake = clNoWake;
 };
 
 // One job as the slot is given it.
@@ -77,6 +81,8 @@ public:
     std::atomic<int32_t> copyPercent{0};
     // The copy thread's error lines, read once it has ended.
     clString copyErrors;
+    // Set by the copy thread as its last act: its results are in place.
+    std::atomic<bool> copyDone{false};
 
     explicit clWorkerSlot(const clWorkerEnvironment& environment) : env(environment) {}
     ~clWorkerSlot();
@@ -90,6 +96,9 @@ public:
     // Reads both pipes; unless `final`, ends the job when the worker has.
     void DrainPipes(bool final);
     void EndJob();
+    // True when the running job's worker or copy has ended and the next
+    // tick would end the job.
+    bool JobEnded() const;
     // The worker's option text for the running job (the command file).
     clString WorkerOptions(int32_t batchId, const clString& tempFolder) const;
 

@@ -22,6 +22,7 @@ void SetLastErrorFromErrno(int error);
 struct ChildProcess {
     pid_t pid;
     bool reaped = false;
+    int pidfd = -1;  // readable once the process has ended; -1 without one
 };
 
 // A Windows-rules command line as the argument words of an exec call: the

@@ -199,5 +199,6 @@ void PlatformCloseProcess(clProcessHandle process) {
     if (child == nullptr) return;
     // A child still running is left to run; it is reaped by nobody, which
     // leaves a zombie only until this process ends.
+    if (child->pidfd >= 0) ::close(child->pidfd);
     delete child;
 }

@@ -58,3 +58,23 @@ void PlatformResumeWorker(clProcessHandle process, clThreadHandle thread);
 void PlatformSetWorkerPriority(clProcessHandle process, clThreadHandle thread, int32_t code);
 // Releases the thread handle of PlatformStartWorker (nothing on POSIX).
 void PlatformCloseWorkerThread(clThreadHandle thread);
+
+// What the scheduler sleeps on between its ticks, so that the next job
+// starts the moment a slot frees rather than at the next look: the end of
+// any running worker, or a wake that a thread of the program raises when
+// it has finished (a direct copy, the examination, the batch end).
+// Windows: an auto-reset event, and the process handles. POSIX: an
+// eventfd, and a pidfd per worker; a kernel without pidfds makes the wait
+// a short sleep, as before.
+using clWakeHandle = intptr_t;
+constexpr clWakeHandle clNoWake = 0;
+clWakeHandle PlatformCreateWake();
+// Safe from any thread; a raise that nobody waits for yet is kept for the
+// next wait.
+void PlatformRaiseWake(clWakeHandle wake);
+void PlatformCloseWake(clWakeHandle wake);
+// Waits at most `milliseconds` until one of the `count` workers has ended
+// or `wake` is raised (which lowers it again). True when something
+// happened, false when the time ran out. Windows waits on at most 63
+// workers at once; with more, it looks again every 5 ms.
+bool PlatformWaitWorkers(const clProcessHandle* workers, int32_t count, clWakeHandle wake, uint32_t milliseconds);

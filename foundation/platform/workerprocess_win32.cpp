@@ -112,3 +112,39 @@ void PlatformSetWorkerPriority(clProcessHandle process, clThreadHandle thread, i
 void PlatformCloseWorkerThread(clThreadHandle thread) {
     if (thread != 0) CloseHandle(H(thread));
 }
+
+clWakeHandle PlatformCreateWake() {
+    HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    return event == nullptr ? clNoWake : reinterpret_cast<clWakeHandle>(event);
+}
+
+void PlatformRaiseWake(clWakeHandle wake) {
+    if (wake != clNoWake) SetEvent(H(wake));
+}
+
+void PlatformCloseWake(clWakeHandle wake) {
+    if (wake != clNoWake) CloseHandle(H(wake));
+}
+
+bool PlatformWaitWorkers(const clProcessHandle* workers, int32_t count, clWakeHandle wake, uint32_t milliseconds) {
+    HANDLE handles[MAXIMUM_WAIT_OBJECTS];
+    DWORD used = 0;
+    if (wake != clNoWake) handles[used++] = H(wake);
+    bool partial = false;
+    for (int32_t i = 0; i < count; ++i) {
+        if (workers[i] == 0) continue;
+        if (used == MAXIMUM_WAIT_OBJECTS) {
+            partial = true;
+            break;
+        }
+        handles[used++] = H(workers[i]);
+    }
+    // The workers left out are looked at again after 5 ms.
+    DWORD timeout = partial && milliseconds > 5 ? 5 : milliseconds;
+    if (used == 0) {
+        Sleep(timeout);
+        return false;
+    }
+    DWORD result = WaitForMultipleObjects(used, handles, FALSE, timeout);
+    return result < WAIT_OBJECT_0 + used;
+}

@@ -48,9 +48,9 @@ protected:
             return true;
         };
         io.interruptCount = [this] { return interrupts; };
-        // The view sleeps in short steps to notice an ended job early; the
-        // script runs once per 50 ms of them.
-        io.sleep = [this](uint32_t ms) {
+        // The view waits for work between ticks; here every wait lasts as
+        // long as the view allows, and the script runs once per 50 ms.
+        io.wait = [this](clConversion&, uint32_t ms) {
             now += ms;
             slept += ms;
             if (slept < 50) return;
