@@ -72,7 +72,9 @@ bool LoadForFile(const clString& fileName, clQvDecoder& decoder, const qv_log_re
         }
     }
     if (found.IsEmpty()) return false;
-    SetSettingText(found, extension.text, kSettingsHive, kDecoderCacheKey);
+    // Every worker passes here; a store that already says so is left
+    // alone, since a write is a transaction on the shared settings.
+    if (!found.Equals(cached)) SetSettingText(found, extension.text, kSettingsHive, kDecoderCacheKey);
     return true;
 }
 

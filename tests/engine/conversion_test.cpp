@@ -5,12 +5,16 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <random>
 #include <set>
 #include <string>
 
 #include "engine/conversioninput.h"
 #include "engine/globals.h"
+#include "engine/workerlauncher.h"
+#include "foundation/pathtext.h"
+#include "foundation/platform/processinfo.h"
 #include "foundation/platform/thread.h"
 #include "foundation/settings.h"
 #include "foundation/utf.h"
@@ -177,6 +181,33 @@ TEST_F(ConversionTest, AWorkersEndMakesATickDueThatStartsTheNextFileAtOnce) {
     EXPECT_EQ(U(c.slots[0].sourcePath), U(input.Source(2).path));
     EXPECT_EQ(c.slots[1].textTick, rowTurn) << "an early tick leaves the rows alone";
     EXPECT_FALSE(c.TickDue()) << "no slot is free and nothing waits";
+}
+
+// Real processes (the test helper standing in for the worker: it lives
+// 100 ms and ends without output) and a clock that never moves: no timer
+// tick ever comes, so the run can only go on because each wait ends with
+// the work it waits for. Each wait is given a minute.
+TEST_F(ConversionTest, WithoutATimerEachJobStartsWhenItsSlotFreesAndTheRunEndsWhenItsWorkDoes) {
+    AddSources(3);
+    services.processorCount = 1;
+    services.launcher = &ProcessWorkerLauncher();
+    services.workerProgram = JoinPath(GetProgramFolder(), clString(u"qv_testhelper"));
+    services.workerProgram.Append(PlatformExecutableSuffix());
+    clConversion c(input, services);
+    c.Open();
+    const auto start = std::chrono::steady_clock::now();
+    int waits = 0;
+    for (; waits < 100 && !c.closed; ++waits) {
+        c.WaitForWork(60000);
+        c.Tick(false);
+    }
+    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    EXPECT_TRUE(c.closed);
+    EXPECT_LT(seconds, 30.0) << "a wait ran out its minute";
+    // Each stand-in ended without putting an output in place.
+    ASSERT_EQ(c.errors.Count(), 3);
+    for (int64_t i = 0; i < 3; ++i) EXPECT_EQ(U(c.errors[i].sourcePath), U(input.Source(i).path));
+    EXPECT_EQ(logShowings, 1);
 }
 
 TEST_F(ConversionTest, FailedJobIsLoggedAndTheBatchGoesOnThenTheLogsShowAtOnce) {
