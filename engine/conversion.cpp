@@ -113,6 +113,10 @@ clConversion::clConversion(clConversionInput& conversionInput, const clConversio
 
 clConversion::~clConversion() {
     examineHold = false;
+    examineThread.Stop();
+    // An examination that did not stop in time still holds the wake and
+    // raises it at its end: the wake then stays open.
+    const bool examineGone = examineThread.HasEnded();
     examineThread.Close();
     // The batch end can't be stopped half way through a file.
     if (finalizeThread.threadHandle != 0) PlatformWaitThread(finalizeThread.threadHandle, clWaitForever);
@@ -120,7 +124,7 @@ clConversion::~clConversion() {
     slots.Clear();
     encoderBatches.Clear();
     PlatformKeepAwake(false);
-    PlatformCloseWake(wake);
+    if (examineGone) PlatformCloseWake(wake);
 }
 
 void clConversion::Open() {

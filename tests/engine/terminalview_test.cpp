@@ -48,9 +48,12 @@ protected:
             return true;
         };
         io.interruptCount = [this] { return interrupts; };
-        // The view waits for work between ticks; here every wait lasts as
-        // long as the view allows, and the script runs once per 50 ms.
-        io.wait = [this](clConversion&, uint32_t ms) {
+        // The view waits for work between ticks. Here a wait moves the
+        // clock 5 ms at most, so that the real examination thread is not
+        // left behind by a clock that races ahead; the script runs once
+        // per 50 ms.
+        io.wait = [this](clConversion&, uint32_t wanted) {
+            const uint32_t ms = wanted < 5 ? wanted : 5;
             now += ms;
             slept += ms;
             if (slept < 50) return;
