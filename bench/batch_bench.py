@@ -20,7 +20,8 @@ on a file beyond encoding it (start, plug-in load, the wait for the
 scheduler; target <= 10 ms). Then the scheduler seen from outside, on one
 more FLAC run of the 48 tracks recorded with the kernel's process events
 (perf, tracepoints only): the idle gap between one worker's end and the
-next one's start, and the time from the last worker's end to qvt's exit
+start of the next job on its core (a new worker's exec, or the release of
+one started ahead), and the time from the last worker's end to qvt's exit
 (target <= 50 ms). Then the worker's own start: from exec to its first
 write of the FLAC output, ConvertWorker against flac on the same 2 s file
 (perf trace; target within 3 ms). Last,
@@ -170,32 +171,48 @@ class Bench:
 
 def schedule_figures(bench, folder):
     """(median gap ms, 90th percentile gap ms, end of run ms) of one qvt
-    run, from the kernel's exec and exit events; None without perf."""
+    run, from the kernel's events; None without perf.
+
+    A gap runs from a worker's end to the start of the job that takes its
+    core: the exec of a worker started then, or the one-byte write with
+    which TrackConverter releases a worker that was started ahead and
+    waits (its standby). The last two ends start nothing."""
     if shutil.which("perf") is None:
         return None
     data = os.path.join(bench.work, "sched.data")
     out = bench.fresh("out")
     recorded = subprocess.run(["perf", "record", "-q", "-e", "sched:sched_process_exec", "-e",
-                               "sched:sched_process_exit", "-o", data, "--", bench.qvt, "convert", "--to", "FLAC",
-                               "--folder", out, folder], env=bench.env, stdout=subprocess.DEVNULL,
-                              stderr=subprocess.DEVNULL)
+                               "sched:sched_process_exit", "-e", "syscalls:sys_enter_write", "--filter", "count == 1",
+                               "-o", data, "--", bench.qvt, "convert", "--to", "FLAC", "--folder", out, folder],
+                              env=bench.env, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     if recorded.returncode != 0:
         return None
     script = subprocess.run(["perf", "script", "-i", data], capture_output=True, text=True).stdout
-    events = []
+    starts, ends, qvt_end = [], [], []
     for line in script.splitlines():
-        m = re.match(r"\s*.+?\s+(\d+)\s+\[\d+\]\s+([\d.]+):\s+sched:sched_process_(exec|exit):\s+(.*)", line)
-        if m:
-            events.append((float(m.group(2)), m.group(3), m.group(4)))
-    starts = [t for t, kind, rest in events if kind == "exec" and "ConvertWorker" in rest]
-    ends = [t for t, kind, rest in events
-            if kind == "exit" and "comm=ConvertWorker" in rest and "group_dead=true" in rest]
-    qvt_end = [t for t, kind, rest in events if kind == "exit" and "comm=qvt" in rest and "group_dead=true" in rest]
-    if len(starts) < 3 or not ends or not qvt_end:
+        m = re.match(r"\s*(.+?)\s+\d+\s+\[\d+\]\s+([\d.]+):\s+(\S+):\s+(.*)", line)
+        if not m:
+            continue
+        comm, t, event, rest = m.group(1).strip(), float(m.group(2)), m.group(3), m.group(4)
+        if event == "sched:sched_process_exec" and "ConvertWorker" in rest:
+            starts.append(t)
+        elif event == "syscalls:sys_enter_write" and comm == "TrackConverter":
+            starts.append(t)
+        elif event == "sched:sched_process_exit" and "group_dead=true" in rest:
+            if "comm=ConvertWorker" in rest:
+                ends.append(t)
+            elif "comm=qvt" in rest:
+                qvt_end.append(t)
+    starts.sort()
+    ends.sort()
+    gaps = []
+    for end in ends[:-2]:
+        following = [t for t in starts if t >= end]
+        if following:
+            gaps.append((following[0] - end) * 1000)
+    if len(gaps) < 2 or not qvt_end:
         return None
-    # Every start after the first two (one per core) follows the end of
-    # the job whose core it takes.
-    gaps = sorted((s - max(e for e in ends if e <= s)) * 1000 for s in starts[2:] if any(e <= s for e in ends))
+    gaps.sort()
     return statistics.median(gaps), gaps[int(len(gaps) * 0.9)], (qvt_end[-1] - ends[-1]) * 1000
 
 
@@ -317,7 +334,7 @@ def main():
 
         figures = schedule_figures(bench, big)
         if figures is None:
-            print("idle gap and end of run: not measured (needs perf and the kernel's sched tracepoints)")
+            print("idle gap and end of run: not measured (needs perf and the kernel's tracepoints)")
         else:
             gap, gap90, end = figures
             print(f"scheduler, 48 tracks to FLAC: idle gap between jobs median {gap:.2f} ms (90 % within "

@@ -375,7 +375,18 @@ void clConversion::DispatchJobs() {
         slot.StartJob(start);
         ++nextJob;
     }
-    if (nextJob < jobs.Count()) return;
+    // While files wait, each busy slot has its next worker started and
+    // waiting, so that a freed core begins its next file at once.
+    const bool more = nextJob < jobs.Count();
+    for (int32_t i = 0; i < kSlotCount && i < slots.Count(); ++i) {
+        clWorkerSlot& slot = slots[i];
+        if (more && i < targetSlots && i < activeSlots) {
+            if (slot.running == 1 && !slot.isDirectCopy) slot.PrepareStandby();
+        } else {
+            slot.DropStandby();
+        }
+    }
+    if (more) return;
     for (int64_t i = 0; i < slots.Count(); ++i) {
         if (slots[i].running != 0) return;
     }

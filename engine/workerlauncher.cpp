@@ -46,8 +46,11 @@ public:
     clPipe out, err;
     clProcessHandle process = 0;
     clThreadHandle thread = 0;
+    clPipeHandle input = clNoPipe;  // a standby worker's go
 
     ~clProcessLink() override {
+        // A standby worker reads the end of its input and leaves.
+        PlatformClosePipe(input);
         // No worker outlives the slot that started it.
         if (process != 0 && !PlatformWaitProcess(process, 0)) Terminate();
         PlatformCloseWorkerThread(thread);
@@ -60,6 +63,13 @@ public:
     clString Read(bool standardError) override { return standardError ? err.ReadAll() : out.ReadAll(); }
     bool HasEnded() override { return PlatformWaitProcess(process, 0); }
     clProcessHandle WaitHandle() override { return process; }
+    bool Release() override {
+        const char go = 'g';
+        bool sent = PlatformPipeWrite(input, &go, 1);
+        PlatformClosePipe(input);
+        input = clNoPipe;
+        return sent && !PlatformWaitProcess(process, 0);
+    }
     void Suspend() override { PlatformSuspendWorker(process, thread); }
     void Resume() override { PlatformResumeWorker(process, thread); }
     void SetPriority(int32_t code) override { PlatformSetWorkerPriority(process, thread, code); }
@@ -68,15 +78,29 @@ public:
 class clProcessLauncher : public clWorkerLauncher {
 public:
     std::unique_ptr<clWorkerLink> Start(const clString& commandLine, clString& failure) override {
+        return Launch(commandLine, false, failure);
+    }
+    std::unique_ptr<clWorkerLink> StartStandby(const clString& commandLine) override {
+        clString failure;
+        return Launch(commandLine, true, failure);
+    }
+
+private:
+    static std::unique_ptr<clWorkerLink> Launch(const clString& commandLine, bool standby, clString& failure) {
         auto link = std::make_unique<clProcessLink>();
         clPipeHandle outWrite = clNoPipe;
         clPipeHandle errWrite = clNoPipe;
+        clPipeHandle inRead = clNoPipe;
         if (!PlatformCreatePipe(&link->out.readEnd, &outWrite)) {
             failure = u"Error creating StdOut Pipe";
         } else if (!PlatformCreatePipe(&link->err.readEnd, &errWrite)) {
             PlatformClosePipe(outWrite);
             failure = u"Error creating StdErr Pipe";
-        } else if (!PlatformStartWorker(commandLine, outWrite, errWrite, &link->process, &link->thread)) {
+        } else if (standby && !PlatformCreateInputPipe(&inRead, &link->input)) {
+            PlatformClosePipe(outWrite);
+            PlatformClosePipe(errWrite);
+            failure = u"Error running ConvertWorker";
+        } else if (!PlatformStartWorker(commandLine, outWrite, errWrite, inRead, &link->process, &link->thread)) {
             failure = u"Error running ConvertWorker";
         } else {
             return link;

@@ -29,6 +29,9 @@ public:
     // can't be waited on (a scripted one), which the scheduler then looks
     // at every few milliseconds.
     virtual clProcessHandle WaitHandle() { return 0; }
+    // Lets a worker started in standby begin: it reads its command file
+    // now. False when it can't be reached (it has died).
+    virtual bool Release() { return false; }
 };
 
 class clWorkerLauncher {
@@ -38,6 +41,11 @@ public:
     // the line that tells it in `failure` ("Error creating StdOut Pipe",
     // "Error creating StdErr Pipe" or "Error running ConvertWorker").
     virtual std::unique_ptr<clWorkerLink> Start(const clString& commandLine, clString& failure) = 0;
+    // Starts a worker that waits on its standard input before it reads its
+    // command file (the command line carries -standby), so that its start
+    // is done before its job is known. Null when the launcher can't; a
+    // slot then starts its next worker the usual way.
+    virtual std::unique_ptr<clWorkerLink> StartStandby(const clString& /*commandLine*/) { return nullptr; }
 };
 
 // The launcher of real child processes.

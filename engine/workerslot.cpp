@@ -36,6 +36,7 @@ const char16_t* const kEndedEarlyLine =
 
 clWorkerSlot::~clWorkerSlot() {
     copyThread.Close();
+    DropStandby();
     worker.reset();
     if (!commandFile.IsEmpty()) DeleteFileEx(commandFile);
 }
@@ -86,8 +87,9 @@ bool clWorkerSlot::MakeEvent(XEvent& event, const char16_t* prefix) {
     return false;
 }
 
+// Into `commandFile`, made new unless a standby worker's file waits there.
 void clWorkerSlot::WriteCommandFile(const clString& options) {
-    bool written = MakeTempFile(commandFile, "QvT");
+    bool written = !commandFile.IsEmpty() || MakeTempFile(commandFile, "QvT");
     if (written) {
         clFile file;
         file.fileName = commandFile;
@@ -99,6 +101,34 @@ void clWorkerSlot::WriteCommandFile(const clString& options) {
     if (!written) {
         AddError(clString::Formatted(u"Error creating qvcmd temporary file '%s'", commandFile.text));
     }
+}
+
+clString clWorkerSlot::WorkerCommandLine(const clString& file) const {
+    clString commandLine(env.workerProgram);
+    QuoteText(commandLine);
+    commandLine.Append(u" -qvcmd=\"");
+    commandLine.Append(file);
+    commandLine.Append(u"\"");
+    return commandLine;
+}
+
+void clWorkerSlot::PrepareStandby() {
+    if (standby != nullptr || env.launcher == nullptr) return;
+    standbyCommandFile.Clear();
+    if (!MakeTempFile(standbyCommandFile, "QvT")) {
+        standbyCommandFile.Clear();
+        return;
+    }
+    clString commandLine = WorkerCommandLine(standbyCommandFile);
+    commandLine.Append(u" -standby");
+    standby = env.launcher->StartStandby(commandLine);
+    if (standby == nullptr) DropStandby();
+}
+
+void clWorkerSlot::DropStandby() {
+    standby.reset();
+    if (!standbyCommandFile.IsEmpty()) DeleteFileEx(standbyCommandFile);
+    standbyCommandFile.Clear();
 }
 
 void clWorkerSlot::StartJob(const clJobStart& job) {
@@ -150,20 +180,24 @@ void clWorkerSlot::StartJob(const clJobStart& job) {
     // system milliseconds beside busy encoders, and a core would wait.
     clString previousCommandFile = commandFile;
     commandFile.Clear();
-    WriteCommandFile(WorkerOptions(job.batchId, GetSettingText(kTempFileLocationSetting.name)));
-
-    clString commandLine(env.workerProgram);
-    QuoteText(commandLine);
-    commandLine.Append(u" -qvcmd=\"");
-    commandLine.Append(commandFile);
-    commandLine.Append(u"\"");
-    clString failure;
-    worker = env.launcher->Start(commandLine, failure);
-    if (!previousCommandFile.IsEmpty()) DeleteFileEx(previousCommandFile);
-    if (worker == nullptr) {
-        AddError(failure);
-        return;
+    const bool fromStandby = standby != nullptr;
+    if (fromStandby) {
+        commandFile = standbyCommandFile;
+        standbyCommandFile.Clear();
     }
+    WriteCommandFile(WorkerOptions(job.batchId, GetSettingText(kTempFileLocationSetting.name)));
+    if (fromStandby && standby->Release()) {
+        worker = std::move(standby);
+    } else {
+        // No standby, or one that died waiting: the usual start, on the
+        // same command file.
+        standby.reset();
+        clString failure;
+        worker = env.launcher->Start(WorkerCommandLine(commandFile), failure);
+        if (worker == nullptr) AddError(failure);
+    }
+    if (!previousCommandFile.IsEmpty()) DeleteFileEx(previousCommandFile);
+    if (worker == nullptr) return;
     lastHeartbeat = env.tickCount();
     running = 1;
 }
@@ -214,6 +248,7 @@ void clWorkerSlot::EndJob() {
 }
 
 void clWorkerSlot::Tick(bool pausePressed, bool cancelRequested, int32_t wantedPriority) {
+    if (cancelRequested) DropStandby();
     if (!isDirectCopy) {
         DrainPipes(false);
         if (priority != wantedPriority) {

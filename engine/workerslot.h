@@ -68,6 +68,10 @@ public:
     clString sourcePath, outputPath;
     std::unique_ptr<clWorkerLink> worker;  // the running worker's process and pipes
     clString commandFile;
+    // The next worker, started while this one runs and waiting for its job
+    // (see PrepareStandby), and the command file it will read.
+    std::unique_ptr<clWorkerLink> standby;
+    clString standbyCommandFile;
     std::atomic<bool> paused{false};  // read by the copy thread
     bool cancelSent = false;          // the running job was asked to stop
     uint32_t cancelSentAt = 0;        // tick count of the first request
@@ -96,6 +100,13 @@ public:
     // Reads both pipes; unless `final`, ends the job when the worker has.
     void DrainPipes(bool final);
     void EndJob();
+    // Starts the slot's next worker now, to wait until StartJob gives it a
+    // job: its process start, which costs a fixed time per file (most of
+    // all under Wine), then overlaps the running job instead of following
+    // it. Nothing when one waits already or the launcher can't.
+    void PrepareStandby();
+    // Ends a waiting worker that will get no job.
+    void DropStandby();
     // True when the running job's worker or copy has ended and the next
     // tick would end the job.
     bool JobEnded() const;
@@ -106,6 +117,7 @@ private:
     const clWorkerEnvironment& env;
 
     bool MakeEvent(XEvent& event, const char16_t* prefix);
+    clString WorkerCommandLine(const clString& file) const;
     void WriteCommandFile(const clString& options);
 };
 

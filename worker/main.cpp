@@ -24,7 +24,11 @@
 namespace {
 
 const char kHelp[] =
-    "Usage: ConvertWorker -qvcmd=\"FILE\"\n"
+    "Usage: ConvertWorker -qvcmd=\"FILE\" [-standby]\n"
+    "\n"
+    "With -standby the worker starts and waits: it reads FILE once a byte\n"
+    "comes on its standard input, and ends at once (exit code 3) when the\n"
+    "input ends first.\n"
     "\n"
     "Converts one audio file. FILE holds the options as one line of UTF-16LE\n"
     "text (no byte-order mark needed), each value in double quotes:\n"
@@ -132,6 +136,13 @@ int main(int argc, char** argv) {
     if (commandFile.empty()) {
         report.Error(u"ConvertWorker: no -qvcmd=\"FILE\" given (see ConvertWorker --help)");
         return 2;
+    }
+    // Started ahead of its job: the command file is written when a byte
+    // comes on standard input; its end means there will be no job.
+    if (options.Has(u"standby")) {
+        char go = 0;
+        uint32_t got = 0;
+        if (!PlatformReadFile(PlatformStandardHandle(0), &go, 1, &got) || got != 1) return 3;
     }
     std::u16string text;
     std::u16string error;

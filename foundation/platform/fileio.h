@@ -51,8 +51,9 @@ int64_t PlatformSeekFile(clFileHandle handle, int64_t offset, int origin);
 // The size in bytes, or -1 on failure.
 int64_t PlatformFileSizeOf(clFileHandle handle);
 
-// The process's standard output (1) or standard error (2), as the handle
-// PlatformWriteFile takes; clInvalidHandle when there is none.
+// The process's standard input (0), output (1) or error (2), as the handle
+// PlatformReadFile and PlatformWriteFile take; clInvalidHandle when there
+// is none.
 clFileHandle PlatformStandardHandle(int which);
 
 // True where the native path syntax is the Windows one.

@@ -134,6 +134,6 @@ int64_t PlatformFileSizeOf(clFileHandle handle) {
     }
     return st.st_size;
 }
-clFileHandle PlatformStandardHandle(int which) { return which == 1 || which == 2 ? which : clInvalidHandle; }
+clFileHandle PlatformStandardHandle(int which) { return which >= 0 && which <= 2 ? which : clInvalidHandle; }
 
 bool PlatformUsesWindowsPaths() { return false; }

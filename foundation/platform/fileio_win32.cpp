@@ -52,7 +52,8 @@ int64_t PlatformFileSizeOf(clFileHandle handle) {
     return (static_cast<int64_t>(high) << 32) | low;
 }
 clFileHandle PlatformStandardHandle(int which) {
-    HANDLE handle = which == 1   ? GetStdHandle(STD_OUTPUT_HANDLE)
+    HANDLE handle = which == 0   ? GetStdHandle(STD_INPUT_HANDLE)
+                    : which == 1 ? GetStdHandle(STD_OUTPUT_HANDLE)
                     : which == 2 ? GetStdHandle(STD_ERROR_HANDLE)
                                  : nullptr;
     return handle == nullptr || handle == INVALID_HANDLE_VALUE ? clInvalidHandle

@@ -46,12 +46,21 @@ std::string PlatformPipeBytes(const char16_t* text, int32_t length);
 // dropped.
 int64_t PlatformPipeText(const unsigned char* bytes, int64_t count, clString& text);
 
+// A pipe for a worker's standard input: the read end is the child's, the
+// write end stays here (neither is inherited by anything else). Blocking
+// on both sides.
+bool PlatformCreateInputPipe(clPipeHandle* readEnd, clPipeHandle* writeEnd);
+// Writes all of `count` bytes; false when the reader is gone (no signal
+// is raised for it).
+bool PlatformPipeWrite(clPipeHandle writeEnd, const void* data, uint32_t count);
+
 // Starts `commandLine` (Windows rules) with the write ends as standard
-// output and error, standard input empty, no window, normal priority. The
-// write ends are closed here in any case. `thread` is the handle through
-// which the worker is paused (POSIX: the process again).
+// output and error, `inRead` as standard input (clNoPipe: an empty one),
+// no window, normal priority. The three pipe ends are closed here in any
+// case. `thread` is the handle through which the worker is paused (POSIX:
+// the process again).
 bool PlatformStartWorker(const clString& commandLine, clPipeHandle outWrite, clPipeHandle errWrite,
-                         clProcessHandle* process, clThreadHandle* thread);
+                         clPipeHandle inRead, clProcessHandle* process, clThreadHandle* thread);
 void PlatformSuspendWorker(clProcessHandle process, clThreadHandle thread);
 void PlatformResumeWorker(clProcessHandle process, clThreadHandle thread);
 // Code 0 normal, 1 above normal, 2 below normal, 3 idle.

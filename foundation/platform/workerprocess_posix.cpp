@@ -2,6 +2,7 @@
 #include <signal.h>
 #include <spawn.h>
 #include <poll.h>
+#include <pthread.h>
 #include <sys/eventfd.h>
 #include <sys/ioctl.h>
 #include <sys/syscall.h>
@@ -87,8 +88,49 @@ int64_t PlatformPipeText(const unsigned char* bytes, int64_t count, clString& te
     return used;
 }
 
+bool PlatformCreateInputPipe(clPipeHandle* readEnd, clPipeHandle* writeEnd) {
+    int ends[2];
+    if (::pipe2(ends, O_CLOEXEC) != 0) {
+        SetLastErrorFromErrno(errno);
+        return false;
+    }
+    *readEnd = ends[0];
+    *writeEnd = ends[1];
+    return true;
+}
+
+bool PlatformPipeWrite(clPipeHandle writeEnd, const void* data, uint32_t count) {
+    if (writeEnd < 0) return false;
+    // A reader that is gone makes the write fail with EPIPE; the SIGPIPE
+    // that comes with it is held back and taken here, whatever the
+    // process's disposition of it.
+    sigset_t pipeSignal, previous;
+    sigemptyset(&pipeSignal);
+    sigaddset(&pipeSignal, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &pipeSignal, &previous);
+    const auto* bytes = static_cast<const char*>(data);
+    bool written = true;
+    while (count > 0) {
+        ssize_t n = ::write(static_cast<int>(writeEnd), bytes, count);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) {
+            written = false;
+            break;
+        }
+        bytes += n;
+        count -= static_cast<uint32_t>(n);
+    }
+    if (!written && errno == EPIPE) {
+        timespec none{};
+        while (sigtimedwait(&pipeSignal, nullptr, &none) < 0 && errno == EINTR) {
+        }
+    }
+    pthread_sigmask(SIG_SETMASK, &previous, nullptr);
+    return written;
+}
+
 bool PlatformStartWorker(const clString& commandLine, clPipeHandle outWrite, clPipeHandle errWrite,
-                         clProcessHandle* process, clThreadHandle* thread) {
+                         clPipeHandle inRead, clProcessHandle* process, clThreadHandle* thread) {
     *process = 0;
     *thread = 0;
     NativeArguments native = SplitNativeArguments(commandLine);
@@ -97,7 +139,11 @@ bool PlatformStartWorker(const clString& commandLine, clPipeHandle outWrite, clP
     if (!argv.empty() && outWrite >= 0 && errWrite >= 0) {
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+        if (inRead >= 0) {
+            posix_spawn_file_actions_adddup2(&actions, static_cast<int>(inRead), 0);
+        } else {
+            posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+        }
         posix_spawn_file_actions_adddup2(&actions, static_cast<int>(outWrite), 1);
         posix_spawn_file_actions_adddup2(&actions, static_cast<int>(errWrite), 2);
         // The worker inherits nothing else, whatever the caller forgot to
@@ -131,6 +177,7 @@ bool PlatformStartWorker(const clString& commandLine, clPipeHandle outWrite, clP
     }
     PlatformClosePipe(outWrite);
     PlatformClosePipe(errWrite);
+    PlatformClosePipe(inRead);
     return started;
 }
 

@@ -60,25 +60,50 @@ int64_t PlatformPipeRead(clPipeHandle readEnd, void* buffer, uint32_t count) {
     return read;
 }
 
+bool PlatformCreateInputPipe(clPipeHandle* readEnd, clPipeHandle* writeEnd) {
+    HANDLE readHandle = nullptr;
+    HANDLE writeHandle = nullptr;
+    if (!CreatePipe(&readHandle, &writeHandle, nullptr, 0)) return false;
+    *readEnd = reinterpret_cast<clPipeHandle>(readHandle);
+    *writeEnd = reinterpret_cast<clPipeHandle>(writeHandle);
+    return true;
+}
+
+bool PlatformPipeWrite(clPipeHandle writeEnd, const void* data, uint32_t count) {
+    if (writeEnd == clNoPipe || writeEnd == 0) return false;
+    const auto* bytes = static_cast<const char*>(data);
+    while (count > 0) {
+        DWORD written = 0;
+        if (!WriteFile(H(writeEnd), bytes, count, &written, nullptr) || written == 0) return false;
+        bytes += written;
+        count -= written;
+    }
+    return true;
+}
+
 bool PlatformStartWorker(const clString& commandLine, clPipeHandle outWrite, clPipeHandle errWrite,
-                         clProcessHandle* process, clThreadHandle* thread) {
+                         clPipeHandle inRead, clProcessHandle* process, clThreadHandle* thread) {
     *process = 0;
     *thread = 0;
     HANDLE self = GetCurrentProcess();
     HANDLE inheritOut = nullptr;
     HANDLE inheritErr = nullptr;
+    HANDLE inheritIn = nullptr;
     // Inheritable copies; DUPLICATE_CLOSE_SOURCE | DUPLICATE_SAME_ACCESS
     // closes the originals even when the copy fails, so only the copies
     // remain to be closed.
     bool haveOut = DuplicateHandle(self, H(outWrite), self, &inheritOut, 0, TRUE, 3) != FALSE;
     bool haveErr = DuplicateHandle(self, H(errWrite), self, &inheritErr, 0, TRUE, 3) != FALSE;
+    const bool wantIn = inRead != clNoPipe && inRead != 0;
+    bool haveIn = wantIn && DuplicateHandle(self, H(inRead), self, &inheritIn, 0, TRUE, 3) != FALSE;
     bool started = false;
-    if (haveOut && haveErr) {
+    if (haveOut && haveErr && haveIn == wantIn) {
         STARTUPINFOW startup{};
         startup.cb = sizeof startup;
         startup.dwFlags = STARTF_USESTDHANDLES;
         startup.hStdOutput = inheritOut;
         startup.hStdError = inheritErr;
+        startup.hStdInput = inheritIn;
         PROCESS_INFORMATION info{};
         clString line(commandLine);
         if (CreateProcessW(nullptr, reinterpret_cast<LPWSTR>(line.text), nullptr, nullptr, TRUE, 0x08000020, nullptr,
@@ -90,6 +115,7 @@ bool PlatformStartWorker(const clString& commandLine, clPipeHandle outWrite, clP
     }
     if (haveOut) CloseHandle(inheritOut);
     if (haveErr) CloseHandle(inheritErr);
+    if (haveIn) CloseHandle(inheritIn);
     return started;
 }
 

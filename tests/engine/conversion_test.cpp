@@ -183,14 +183,30 @@ TEST_F(ConversionTest, AWorkersEndMakesATickDueThatStartsTheNextFileAtOnce) {
     EXPECT_FALSE(c.TickDue()) << "no slot is free and nothing waits";
 }
 
-// Real processes (the test helper standing in for the worker: it lives
-// 100 ms and ends without output) and a clock that never moves: no timer
-// tick ever comes, so the run can only go on because each wait ends with
-// the work it waits for. Each wait is given a minute.
+// The process launcher, counted.
+class CountingLauncher : public clWorkerLauncher {
+public:
+    int starts = 0, standbys = 0;
+    std::unique_ptr<clWorkerLink> Start(const clString& commandLine, clString& failure) override {
+        ++starts;
+        return ProcessWorkerLauncher().Start(commandLine, failure);
+    }
+    std::unique_ptr<clWorkerLink> StartStandby(const clString& commandLine) override {
+        ++standbys;
+        return ProcessWorkerLauncher().StartStandby(commandLine);
+    }
+};
+
+// Real processes (the test helper standing in for the worker: it waits for
+// its go when started ahead, lives 100 ms and ends without output) and a
+// clock that never moves: no timer tick ever comes, so the run can only go
+// on because each wait ends with the work it waits for. Each wait is given
+// a minute.
 TEST_F(ConversionTest, WithoutATimerEachJobStartsWhenItsSlotFreesAndTheRunEndsWhenItsWorkDoes) {
     AddSources(3);
     services.processorCount = 1;
-    services.launcher = &ProcessWorkerLauncher();
+    CountingLauncher counting;
+    services.launcher = &counting;
     services.workerProgram = JoinPath(GetProgramFolder(), clString(u"qv_testhelper"));
     services.workerProgram.Append(PlatformExecutableSuffix());
     clConversion c(input, services);
@@ -208,6 +224,87 @@ TEST_F(ConversionTest, WithoutATimerEachJobStartsWhenItsSlotFreesAndTheRunEndsWh
     ASSERT_EQ(c.errors.Count(), 3);
     for (int64_t i = 0; i < 3; ++i) EXPECT_EQ(U(c.errors[i].sourcePath), U(input.Source(i).path));
     EXPECT_EQ(logShowings, 1);
+    EXPECT_EQ(counting.starts, 1) << "the second and third file went to workers started ahead";
+    EXPECT_EQ(counting.standbys, 2);
+}
+
+// With waiting workers on offer, each busy slot has its next worker
+// started while files wait; a freed slot hands its next file to that
+// worker (which reads its command file only then), a waiting worker that
+// died is replaced by a usual start on the same command file, and none is
+// kept once no file waits.
+TEST_F(ConversionTest, AWaitingWorkerTakesTheNextFileAndOneThatDiedIsReplacedByAUsualStart) {
+    AddSources(4);
+    services.processorCount = 1;
+    launcher.offerStandbys = true;
+    clConversion c(input, services);
+    c.Open();
+    TickPastExamining(c);
+    now += 50;
+    c.Tick();
+    ASSERT_EQ(launcher.started.size(), 2u);
+    EXPECT_FALSE(launcher.started[0]->standby);
+    EXPECT_EQ(InFile(*launcher.started[0]), U(input.Source(0).path));
+    ASSERT_TRUE(launcher.started[1]->standby) << "the next worker waits while the first file runs";
+    EXPECT_NE(launcher.started[1]->commandLine.find(u" -standby"), std::u16string::npos);
+    EXPECT_NE(launcher.started[1]->commandFile, launcher.started[0]->commandFile);
+    EXPECT_FALSE(launcher.started[1]->released);
+
+    launcher.started[0]->ended = true;
+    c.Tick(false);
+    ASSERT_EQ(launcher.started.size(), 3u);
+    EXPECT_TRUE(launcher.started[1]->released);
+    EXPECT_EQ(InFile(*launcher.started[1]), U(input.Source(1).path)) << "its command file was written for it";
+    EXPECT_FALSE(launcher.started[0]->alive);
+    ASSERT_TRUE(launcher.started[2]->standby);
+
+    // The next waiting worker dies before its file comes.
+    launcher.started[2]->canRelease = false;
+    launcher.started[1]->ended = true;
+    c.Tick(false);
+    ASSERT_GE(launcher.started.size(), 4u);
+    FakeWorkerState& fresh = *launcher.started[3];
+    EXPECT_FALSE(fresh.standby);
+    EXPECT_EQ(InFile(fresh), U(input.Source(2).path));
+    EXPECT_EQ(fresh.commandFile, launcher.started[2]->commandFile) << "the same command file, started the usual way";
+    EXPECT_FALSE(launcher.started[2]->alive);
+
+    ASSERT_EQ(launcher.started.size(), 5u);
+    ASSERT_TRUE(launcher.started[4]->standby);
+    fresh.ended = true;
+    c.Tick(false);
+    EXPECT_TRUE(launcher.started[4]->released);
+    EXPECT_EQ(InFile(*launcher.started[4]), U(input.Source(3).path));
+    EXPECT_EQ(launcher.started.size(), 5u) << "no file waits: no worker is started ahead";
+    launcher.started[4]->ended = true;
+    for (int i = 0; i < 10000 && c.state != kStateFinished; ++i) {
+        Step(c);
+        PlatformSleep(1);
+    }
+    EXPECT_EQ(c.state, kStateFinished);
+    for (auto& w : launcher.started) EXPECT_FALSE(w->alive);
+    EXPECT_EQ(c.errors.Count(), 0);
+}
+
+TEST_F(ConversionTest, ACancelEndsTheWaitingWorkersWithoutAFile) {
+    AddSources(3);
+    services.processorCount = 2;
+    launcher.offerStandbys = true;
+    clConversion c(input, services);
+    c.Open();
+    TickPastExamining(c);
+    now += 50;
+    c.Tick();
+    ASSERT_EQ(launcher.started.size(), 4u) << "two files running, two workers waiting";
+    c.RequestCancel();
+    now += 50;
+    c.Tick();
+    for (size_t i : {2u, 3u}) {
+        ASSERT_TRUE(launcher.started[i]->standby);
+        EXPECT_FALSE(launcher.started[i]->alive);
+        EXPECT_FALSE(launcher.started[i]->released);
+    }
+    EXPECT_EQ(launcher.started.size(), 4u);
 }
 
 TEST_F(ConversionTest, FailedJobIsLoggedAndTheBatchGoesOnThenTheLogsShowAtOnce) {

@@ -28,7 +28,20 @@ struct FakeWorkerState {
     // does after a good conversion; false makes it die without a word.
     bool putsOutput = true;
     bool outputSaid = false;
+    // Started ahead of its job; its command file is read when released.
+    bool standby = false;
+    bool released = false;
+    bool canRelease = true;  // false: it died while it waited
+    std::u16string commandFile;
 };
+
+// The command file a command line names.
+inline std::u16string CommandFileOf(const std::u16string& commandLine) {
+    size_t at = commandLine.find(u"-qvcmd=\"");
+    if (at == std::u16string::npos) return std::u16string();
+    at += 8;
+    return commandLine.substr(at, commandLine.find(u'"', at) - at);
+}
 
 class FakeWorker : public clWorkerLink {
 public:
@@ -45,6 +58,12 @@ public:
         return text;
     }
     bool HasEnded() override { return state.ended; }
+    bool Release() override {
+        if (!state.canRelease) return false;
+        state.released = true;
+        state.commandText = FromUtf16Le(ReadBytes(clString(state.commandFile.c_str())));
+        return true;
+    }
     void Suspend() override { state.suspended = true; }
     void Resume() override { state.suspended = false; }
     void SetPriority(int32_t code) override { state.priority = code; }
@@ -62,6 +81,8 @@ public:
     std::vector<std::unique_ptr<FakeWorkerState>> started;
     const char16_t* failure = nullptr;  // set: every start fails so
 
+    bool offerStandbys = false;  // set: StartStandby gives waiting workers
+
     std::unique_ptr<clWorkerLink> Start(const clString& commandLine, clString& failureLine) override {
         if (failure != nullptr) {
             failureLine = failure;
@@ -69,12 +90,19 @@ public:
         }
         auto state = std::make_unique<FakeWorkerState>();
         state->commandLine = commandLine.text;
-        size_t at = state->commandLine.find(u"-qvcmd=\"");
-        if (at != std::u16string::npos) {
-            std::u16string file = state->commandLine.substr(at + 8);
-            file.pop_back();
-            state->commandText = FromUtf16Le(ReadBytes(clString(file.c_str())));
+        state->commandFile = CommandFileOf(state->commandLine);
+        if (!state->commandFile.empty()) {
+            state->commandText = FromUtf16Le(ReadBytes(clString(state->commandFile.c_str())));
         }
+        started.push_back(std::move(state));
+        return std::make_unique<FakeWorker>(*started.back());
+    }
+    std::unique_ptr<clWorkerLink> StartStandby(const clString& commandLine) override {
+        if (!offerStandbys || failure != nullptr) return nullptr;
+        auto state = std::make_unique<FakeWorkerState>();
+        state->commandLine = commandLine.text;
+        state->commandFile = CommandFileOf(state->commandLine);
+        state->standby = true;
         started.push_back(std::move(state));
         return std::make_unique<FakeWorker>(*started.back());
     }

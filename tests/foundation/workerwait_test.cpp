@@ -28,7 +28,7 @@ bool StartStandIn(clProcessHandle& process, clThreadHandle& thread) {
     line.Append(u"\" -qvcmd=\"none\"");
     clPipeHandle outRead = clNoPipe, outWrite = clNoPipe, errRead = clNoPipe, errWrite = clNoPipe;
     if (!PlatformCreatePipe(&outRead, &outWrite) || !PlatformCreatePipe(&errRead, &errWrite)) return false;
-    bool started = PlatformStartWorker(line, outWrite, errWrite, &process, &thread);
+    bool started = PlatformStartWorker(line, outWrite, errWrite, clNoPipe, &process, &thread);
     PlatformClosePipe(outRead);
     PlatformClosePipe(errRead);
     return started;

@@ -22,6 +22,7 @@
 
 #include "engine/encoderbatch.h"
 #include "foundation/clstring.h"
+#include "foundation/platform/fileio.h"
 #include "foundation/platform/thread.h"
 #include "foundation/settingnames.h"
 #include "foundation/settings.h"
@@ -117,8 +118,15 @@ int main(int argc, char** argv) {
     if (argc == 4 && std::string(argv[1]) == "unique-tag") return UniqueTagCommand(argv);
     if (argc >= 4) return SettingsCommand(argc, argv);
     // A stand-in worker for the scheduler's tests: it lives a tenth of a
-    // second and ends without a word.
-    if (argc == 2 && std::strncmp(argv[1], "-qvcmd=", 7) == 0) {
+    // second and ends without a word; started ahead (-standby), it first
+    // waits for its go on standard input.
+    if ((argc == 2 || argc == 3) && std::strncmp(argv[1], "-qvcmd=", 7) == 0) {
+        if (argc == 3) {
+            if (std::strcmp(argv[2], "-standby") != 0) return 100;
+            char go = 0;
+            uint32_t got = 0;
+            if (!PlatformReadFile(PlatformStandardHandle(0), &go, 1, &got) || got != 1) return 3;
+        }
         PlatformSleep(100);
         return 0;
     }
