@@ -197,27 +197,50 @@ bool clConversion::TickDue() {
     return false;
 }
 
-void clConversion::WaitForWork(uint32_t milliseconds) {
-    if (milliseconds == 0 || TickDue()) return;
-    // While paused nothing is started, whatever ends: the view's own tick
-    // is soon enough.
-    clProcessHandle running[kSlotCount];
-    int32_t count = 0;
-    bool unwatched = false;
+// The running workers' processes, into `running` (kSlotCount of them at
+// most); false when one of them can't be waited on. While paused nothing
+// is started, whatever ends: the view's own tick is soon enough.
+bool clConversion::RunningWorkers(clProcessHandle* running, int32_t& count) const {
+    count = 0;
+    bool watched = true;
     for (int64_t i = 0; i < slots.Count() && !pausePressed; ++i) {
         const clWorkerSlot& slot = slots[i];
         if (slot.running != 1 || slot.isDirectCopy) continue;
         clProcessHandle process = slot.worker != nullptr ? slot.worker->WaitHandle() : 0;
         if (process == 0) {
-            unwatched = true;
+            watched = false;
         } else {
             running[count++] = process;
         }
     }
+    return watched;
+}
+
+void clConversion::WaitForWork(uint32_t milliseconds) {
+    if (milliseconds == 0 || TickDue()) return;
+    clProcessHandle running[kSlotCount];
+    int32_t count = 0;
     // A worker that can't be waited on is looked at every 5 ms.
-    if (unwatched && milliseconds > 5) milliseconds = 5;
+    if (!RunningWorkers(running, count) && milliseconds > 5) milliseconds = 5;
     PlatformWaitWorkers(running, count, wake, milliseconds);
 }
+
+int32_t clConversion::WorkWaitables(intptr_t* waitables) {
+    clProcessHandle running[kSlotCount];
+    int32_t count = 0;
+    if (!RunningWorkers(running, count)) return -1;
+    int32_t used = 0;
+    for (int32_t i = 0; i < count; ++i) {
+        clWaitable waitable = PlatformWorkerWaitable(running[i]);
+        if (waitable == clNoWaitable) return -1;
+        waitables[used++] = waitable;
+    }
+    if (wake == clNoWake) return -1;
+    waitables[used++] = PlatformWakeWaitable(wake);
+    return used;
+}
+
+void clConversion::TakeWake() { PlatformWaitWorkers(nullptr, 0, wake, 0); }
 
 void clConversion::Tick(bool display) {
     if (inTick) return;

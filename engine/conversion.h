@@ -135,6 +135,13 @@ public:
     // ticks instead of sleeping, so that a freed core gets its next file
     // at once and the run ends the moment its work does.
     void WaitForWork(uint32_t milliseconds);
+    // The same wait, for a view whose message loop must go on: what
+    // WaitForWork would sleep on, as waitables for the loop to watch
+    // (at most kSlotCount + 1 of them). -1 when a worker can't be watched,
+    // and the view must look at TickDue every few milliseconds instead.
+    int32_t WorkWaitables(intptr_t* waitables);
+    // Lowers the wake that a watch has seen.
+    void TakeWake();
     // The Pause button.
     void SetPause(bool pressed);
     // The Cancel button and the window's close: "Finish" once finished,
@@ -169,6 +176,7 @@ private:
     void BuildJobs();
     void UpdateProgress();
     void DispatchJobs();
+    bool RunningWorkers(clProcessHandle* running, int32_t& count) const;
     void HarvestSlots();
     void BeginFinishing();
     void EndFinishing();

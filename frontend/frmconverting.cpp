@@ -5,6 +5,7 @@
 #include "engine/batchsettings.h"
 #include "engine/conversioninput.h"
 #include "engine/mainflow.h"
+#include "engine/slotcount.h"
 #include "foundation/messagebox.h"
 #include "foundation/pathtext.h"
 #include "foundation/platform/power.h"
@@ -115,6 +116,8 @@ frmConverting::frmConverting(clConversionInput& conversionInput, const clConvers
 }
 
 frmConverting::~frmConverting() {
+    // Nothing may watch the workers once the conversion is gone.
+    EndWatch();
     if (encoderIcon != nullptr) DestroyImage(encoderIcon);
     for (int64_t i = 0; i < effectIcons.count; ++i) DestroyImage(static_cast<clImageHandle>(effectIcons[i]));
     coreDisplay.Destroy();
@@ -147,7 +150,7 @@ bool frmConverting::Open() {
     Layout();
     RestorePlacement();
     SetTimerEx(50, 0, kTimerTick);
-    SetTimerEx(5, 0, kTimerEarly);
+    WatchWork();
     if (input.centerOnWindow != 0) {
         clRect over;
         if (ToolkitForeignWindowRect(input.centerOnWindow, over) && (over.right < -5 || over.right > 5) &&
@@ -194,6 +197,9 @@ intptr_t frmConverting::OnCreate() {
         taskbarState = conversion->pausePressed ? kTaskbarPaused : kTaskbarNormal;
         TaskbarSetState(windowHandle, taskbarState);
         Refresh();
+        // A worker paused no longer counts; one that ended while paused
+        // is due at once.
+        WatchWork();
     };
     options.text = u"Cancel";
     options.id = kIdCancelButton;
@@ -387,9 +393,40 @@ void frmConverting::Refresh() {
 
 void frmConverting::TickNow(bool display) {
     if (!conversion || closedNow) return;
+    // The tick closes the handles of the workers it harvests, and a
+    // question it asks runs a loop of its own: nothing is watched meanwhile.
+    EndWatch();
+    ++tickDepth;
     conversion->Tick(display);
     Refresh();
+    --tickDepth;
+    WatchWork();
 }
+
+void frmConverting::WatchWork() {
+    // A tick asking a question comes back here when it is answered.
+    if (!conversion || closedNow || tickDepth > 0) return;
+    // Work that is due already (the examination handing over to the
+    // slots) has nothing left to be watched for.
+    if (conversion->TickDue()) {
+        EndWatch();
+        WindowPost(windowHandle, kWmWorkReady, 0, 0);
+        return;
+    }
+    intptr_t waitables[kSlotCount + 1];
+    int32_t count = conversion->WorkWaitables(waitables);
+    if (count >= 0) {
+        ToolkitWatch(windowHandle, waitables, count, kWmWorkReady);
+        if (polling) KillTimerEx(kTimerEarly);
+        polling = false;
+    } else {
+        ToolkitWatch(windowHandle, nullptr, 0, 0);
+        if (!polling) SetTimerEx(5, 0, kTimerEarly);
+        polling = true;
+    }
+}
+
+void frmConverting::EndWatch() { ToolkitWatch(windowHandle, nullptr, 0, 0); }
 
 intptr_t frmConverting::OnTimer(uint64_t id, uint64_t) {
     if (id == kTimerTick) {
@@ -403,6 +440,7 @@ intptr_t frmConverting::OnTimer(uint64_t id, uint64_t) {
 void frmConverting::Close() {
     if (closedNow) return;
     closedNow = true;
+    EndWatch();
     KillTimerEx(kTimerTick);
     KillTimerEx(kTimerEarly);
     EndModal(1);
@@ -555,6 +593,17 @@ intptr_t frmConverting::OnPaint(clCanvas* canvas) {
 
 intptr_t frmConverting::OnRawMessage(clWindowHandle window, uint32_t message, uintptr_t wParam, intptr_t lParam,
                                      uint32_t* handledFlag) {
+    if (message == kWmWorkReady && window == windowHandle) {
+        *handledFlag = 1;
+        if (!conversion || closedNow) return 0;
+        conversion->TakeWake();
+        if (conversion->TickDue()) {
+            TickNow(false);
+        } else {
+            WatchWork();
+        }
+        return 0;
+    }
     intptr_t result = coreDisplay.OnRawMessage(window, message, wParam, lParam, handledFlag);
     if (*handledFlag != 0) return result;
     *handledFlag = 0;

@@ -38,9 +38,12 @@ constexpr uint32_t kIdOptionsButton = 1053;
 constexpr uint32_t kIdPauseButton = 1054;
 constexpr uint32_t kIdCancelButton = 1055;
 
-// Timers: the display tick, and the poll for an early tick.
+// Timers: the display tick, and the poll for an early tick where the
+// conversion's work can't be watched.
 constexpr uint64_t kTimerTick = 1;
 constexpr uint64_t kTimerEarly = 2;
+// Posted by the watch on the conversion's work (ToolkitWatch).
+constexpr uint32_t kWmWorkReady = 0x8010;
 
 class frmConverting : public XWindow {
 public:
@@ -110,6 +113,8 @@ private:
     clWindowDrag drag;  // by the heading
     bool closedNow = false;
     bool opened = false;
+    bool polling = false;  // kTimerEarly runs
+    int32_t tickDepth = 0;  // TickNow calls in progress
     int32_t taskbarState = kTaskbarNormal;
     clImageHandle encoderIcon = nullptr;  // owned
     clPointerArray effectIcons;           // of clImageHandle, owned
@@ -118,6 +123,11 @@ private:
     void BuildFace();
     void Layout();
     void Refresh();
+    // Has the message loop watch what the conversion would wait on, so
+    // that a freed core gets its next file without waiting for a timer;
+    // polls every 5 ms where that can't be watched.
+    void WatchWork();
+    void EndWatch();
     bool SetFaceText(uint32_t order, const clString& text);
     void RestorePlacement();
     void StorePlacement();

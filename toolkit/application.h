@@ -31,6 +31,14 @@ QV_TOOLKIT_API void ToolkitProcessPending();
 // Handles messages for `milliseconds`, for tests that let timers run.
 QV_TOOLKIT_API void ToolkitProcessFor(uint32_t milliseconds);
 
+// Watches waitables (what PlatformWorkerWaitable and PlatformWakeWaitable
+// give) for a window: once one of them is ready, the watch ends and
+// `message` is posted to the window. One watch for the whole program: a
+// new one replaces the last; a count of 0 ends it. The loops above keep
+// it; a loop of the system's own (a window being dragged on Windows) may
+// not look at it until it ends.
+QV_TOOLKIT_API void ToolkitWatch(clWindowHandle window, const intptr_t* waitables, int32_t count, uint32_t message);
+
 // The desktop's working area, in screen pixels.
 QV_TOOLKIT_API clRect ToolkitWorkArea();
 // Horizontal pixels per inch of the screen.

@@ -87,3 +87,15 @@ void PlatformCloseWake(clWakeHandle wake);
 // happened, false when the time ran out. Windows waits on at most 63
 // workers at once; with more, it looks again every 5 ms.
 bool PlatformWaitWorkers(const clProcessHandle* workers, int32_t count, clWakeHandle wake, uint32_t milliseconds);
+
+// What a window's message loop watches in place of PlatformWaitWorkers,
+// which would stop it handling the user's clicks: a descriptor that polls
+// readable (POSIX) or a handle that is signalled (Windows) once the worker
+// has ended or the wake is raised. clNoWaitable when there is none (a
+// kernel without pidfds). A loop that has seen a raised wake may have
+// lowered it (Windows) or not (POSIX): PlatformWaitWorkers with no time
+// lowers it in either case.
+using clWaitable = intptr_t;
+constexpr clWaitable clNoWaitable = -1;
+clWaitable PlatformWorkerWaitable(clProcessHandle worker);
+clWaitable PlatformWakeWaitable(clWakeHandle wake);

@@ -217,6 +217,15 @@ void PlatformCloseWake(clWakeHandle wake) {
     if (wake != clNoWake) ::close(static_cast<int>(wake - 1));
 }
 
+clWaitable PlatformWorkerWaitable(clProcessHandle worker) {
+    auto* child = reinterpret_cast<ChildProcess*>(worker);
+    return child == nullptr || child->pidfd < 0 ? clNoWaitable : child->pidfd;
+}
+
+clWaitable PlatformWakeWaitable(clWakeHandle wake) {
+    return wake == clNoWake ? clNoWaitable : static_cast<clWaitable>(wake - 1);
+}
+
 bool PlatformWaitWorkers(const clProcessHandle* workers, int32_t count, clWakeHandle wake, uint32_t milliseconds) {
     std::vector<pollfd> fds;
     fds.reserve(static_cast<size_t>(count) + 1);

@@ -152,6 +152,14 @@ void PlatformCloseWake(clWakeHandle wake) {
     if (wake != clNoWake) CloseHandle(H(wake));
 }
 
+clWaitable PlatformWorkerWaitable(clProcessHandle worker) {
+    return worker == 0 ? clNoWaitable : static_cast<clWaitable>(worker);
+}
+
+clWaitable PlatformWakeWaitable(clWakeHandle wake) {
+    return wake == clNoWake ? clNoWaitable : static_cast<clWaitable>(wake);
+}
+
 bool PlatformWaitWorkers(const clProcessHandle* workers, int32_t count, clWakeHandle wake, uint32_t milliseconds) {
     HANDLE handles[MAXIMUM_WAIT_OBJECTS];
     DWORD used = 0;

@@ -9,12 +9,15 @@
 #include "engine/batchsettings.h"
 #include "plugins/encoderentries.h"
 #include "engine/conversioninput.h"
+#include "engine/workerlauncher.h"
 #include "foundation/folders.h"
 #include "foundation/pathtext.h"
+#include "foundation/platform/processinfo.h"
 #include "foundation/platform/thread.h"
 #include "plugins/sourcefile.h"
 #include "tests/engine/fakeworkers.h"
 #include "tests/support/toolkittest.h"
+#include "toolkit/application.h"
 #include "toolkit/controls.h"
 
 namespace {
@@ -197,6 +200,26 @@ TEST_F(ConversionWindowTest, FinishedWithAnErrorGoesToTheLogsWithoutWaitingForFi
     EXPECT_TRUE(window.IsClosed());
     EXPECT_EQ(logShowings, 1);
     EXPECT_TRUE(window.cancelButton.text.Equals(u"Finish"));
+}
+
+// Real processes (the test helper standing in for the worker: it lives
+// 100 ms and ends without an output), a clock that never moves and no
+// timers: only the loop's watch on the examination, the workers' ends and
+// the batch end can take the run from file to file and to its end.
+TEST_F(ConversionWindowTest, WithoutItsTimersTheWindowGoesFromFileToFileOnTheWorkersEnds) {
+    AddSources(3);
+    services.processorCount = 1;
+    services.launcher = &ProcessWorkerLauncher();
+    clString folder = GetProgramFolder();
+    PopLastComponent(folder);
+    services.workerProgram = JoinPath(JoinPath(folder, clString(u"tests")), clString(u"qv_testhelper"));
+    services.workerProgram.Append(PlatformExecutableSuffix());
+    frmConverting window(input, services);
+    Open(window);
+    for (int i = 0; i < 3000 && !window.IsClosed(); ++i) ToolkitProcessFor(10);
+    EXPECT_TRUE(window.IsClosed()) << "the run stopped at state " << window.Conversion().state;
+    EXPECT_EQ(window.Conversion().errors.Count(), 3);
+    EXPECT_EQ(logShowings, 1);
 }
 
 TEST_F(ConversionWindowTest, FinishedWithoutErrorsWaitsForFinishThenKeepsItsPlace) {

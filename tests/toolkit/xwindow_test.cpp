@@ -1,6 +1,7 @@
 // The window base: a class of its own per window, placement, timers and
 // the order in which messages reach the virtual operations; clFont's
-// default face; the main-thread queue woken through the toolkit.
+// default face; the main-thread queue woken through the toolkit; the
+// loop's watch on a wake or a worker raised on another thread.
 #include "toolkit/xwindow.h"
 
 #include <gtest/gtest.h>
@@ -10,6 +11,7 @@
 #include <vector>
 
 #include "foundation/mainthreadsync.h"
+#include "foundation/platform/workerprocess.h"
 #include "tests/support/toolkittest.h"
 #include "toolkit/application.h"
 #include "toolkit/controls.h"
@@ -145,4 +147,60 @@ TEST(XMainThreadSync, APostFromAnotherThreadRunsInTheToolkitsLoop) {
     poster.join();
     for (int i = 0; i < 50 && !ran; ++i) ToolkitProcessFor(10);
     EXPECT_TRUE(ran);
+}
+
+namespace {
+
+constexpr uint32_t kWatchMessage = 0x8020;
+
+class WatchingWindow : public XWindow {
+public:
+    int seen = 0;
+    intptr_t OnRawMessage(clWindowHandle, uint32_t message, uintptr_t, intptr_t, uint32_t* handledFlag) override {
+        *handledFlag = message == kWatchMessage ? 1 : 0;
+        seen += *handledFlag;
+        return 0;
+    }
+};
+
+// The loop for up to five seconds, until the window has seen `count`.
+void PumpUntilSeen(const WatchingWindow& window, int count) {
+    for (int i = 0; i < 500 && window.seen < count; ++i) ToolkitProcessFor(10);
+}
+
+}  // namespace
+
+// A wake raised from another thread reaches the window once, as its
+// message; the watch then ends though the wake stays raised, until it is
+// watched again. A watch of nothing ends the last.
+TEST(ToolkitWatch, AWakeRaisedElsewherePostsTheMessageOnceAndEndsTheWatch) {
+    WatchingWindow window;
+    ASSERT_TRUE(MakeWindow(window));
+    clWakeHandle wake = PlatformCreateWake();
+    ASSERT_NE(wake, clNoWake);
+    intptr_t waitables[] = {PlatformWakeWaitable(wake)};
+    ToolkitWatch(window.windowHandle, waitables, 1, kWatchMessage);
+    ToolkitProcessFor(30);
+    EXPECT_EQ(window.seen, 0) << "nothing was raised";
+
+    std::thread raiser([wake] { PlatformRaiseWake(wake); });
+    raiser.join();
+    PumpUntilSeen(window, 1);
+    ToolkitProcessFor(30);
+    EXPECT_EQ(window.seen, 1);
+
+    PlatformRaiseWake(wake);
+    ToolkitWatch(window.windowHandle, waitables, 1, kWatchMessage);
+    PumpUntilSeen(window, 2);
+    EXPECT_EQ(window.seen, 2);
+
+    PlatformWaitWorkers(nullptr, 0, wake, 0);
+    ToolkitWatch(window.windowHandle, waitables, 1, kWatchMessage);
+    ToolkitWatch(window.windowHandle, nullptr, 0, kWatchMessage);
+    PlatformRaiseWake(wake);
+    ToolkitProcessFor(30);
+    ToolkitProcessPending();
+    EXPECT_EQ(window.seen, 2) << "the watch was ended";
+    PlatformCloseWake(wake);
+    window.DestroyWindowObject();
 }

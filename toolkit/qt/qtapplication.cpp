@@ -10,12 +10,14 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QScreen>
+#include <QSocketNotifier>
 #include <QVector>
 #include <cstdlib>
 #include <string>
 #include <sys/stat.h>
 
 #include "toolkit/application.h"
+#include "toolkit/controls.h"
 #include "toolkit/qt/qtcanvas.h"
 #include "toolkit/qt/qtwidgets.h"
 
@@ -24,6 +26,17 @@ namespace {
 QVector<QEventLoop*> loops;
 clMenuHandler menuHandler = nullptr;
 void* menuContext = nullptr;
+// ToolkitWatch's descriptors, each with a notifier of its own.
+QVector<QSocketNotifier*> watchers;
+
+void EndWatch() {
+    for (QSocketNotifier* watcher : watchers) {
+        watcher->setEnabled(false);
+        // It may be the one whose signal runs now.
+        watcher->deleteLater();
+    }
+    watchers.clear();
+}
 
 bool Exists(const std::string& path) {
     struct stat status {};
@@ -99,6 +112,19 @@ void ToolkitProcessFor(uint32_t milliseconds) {
         QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents,
                                         static_cast<int>(milliseconds - clock.elapsed()));
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+}
+
+void ToolkitWatch(clWindowHandle window, const intptr_t* waitables, int32_t count, uint32_t message) {
+    EndWatch();
+    for (int32_t i = 0; i < count; ++i) {
+        if (waitables[i] < 0) continue;
+        auto* watcher = new QSocketNotifier(static_cast<qintptr>(waitables[i]), QSocketNotifier::Read);
+        QObject::connect(watcher, &QSocketNotifier::activated, watcher, [window, message]() {
+            EndWatch();
+            WindowPost(window, message, 0, 0);
+        });
+        watchers.push_back(watcher);
     }
 }
 

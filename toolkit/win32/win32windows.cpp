@@ -305,13 +305,45 @@ static void Handle(MSG& message) {
     DispatchMessageW(&message);
 }
 
+// ToolkitWatch's handles and where their message goes.
+struct clWatch {
+    HWND window = nullptr;
+    UINT message = 0;
+    HANDLE handles[MAXIMUM_WAIT_OBJECTS - 1] = {};
+    DWORD count = 0;
+};
+static clWatch watch;
+
+void ToolkitWatch(clWindowHandle window, const intptr_t* waitables, int32_t count, uint32_t message) {
+    watch.count = 0;
+    watch.window = HwndOf(window);
+    watch.message = message;
+    for (int32_t i = 0; i < count && watch.count < MAXIMUM_WAIT_OBJECTS - 1; ++i) {
+        if (waitables[i] != -1 && waitables[i] != 0) watch.handles[watch.count++] = reinterpret_cast<HANDLE>(waitables[i]);
+    }
+}
+
+// Sleeps until a message comes, a watched handle is signalled or the
+// time runs out; a signalled handle ends the watch and posts its message.
+static void WaitForInput(DWORD milliseconds) {
+    DWORD result = MsgWaitForMultipleObjectsEx(watch.count, watch.handles, milliseconds, QS_ALLINPUT,
+                                               MWMO_INPUTAVAILABLE);
+    if (result < WAIT_OBJECT_0 + watch.count) {
+        watch.count = 0;
+        PostMessageW(watch.window, watch.message, 0, 0);
+    }
+}
+
 int32_t ToolkitRunLoop() {
     clLoop loop;
     loops.push_back(&loop);
     MSG message;
     while (!loop.ended) {
-        BOOL got = GetMessageW(&message, nullptr, 0, 0);
-        if (got == 0 || got == -1) break;
+        if (!PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+            WaitForInput(INFINITE);
+            continue;
+        }
+        if (message.message == WM_QUIT) break;
         Handle(message);
     }
     loops.erase(std::find(loops.begin(), loops.end(), &loop));
@@ -326,6 +358,7 @@ void ToolkitEndLoop(int32_t code) {
 }
 
 void ToolkitProcessPending() {
+    if (watch.count > 0) WaitForInput(0);
     MSG message;
     while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) Handle(message);
 }
@@ -336,7 +369,7 @@ void ToolkitProcessFor(uint32_t milliseconds) {
         ToolkitProcessPending();
         DWORD spent = GetTickCount() - start;
         if (spent >= milliseconds) break;
-        MsgWaitForMultipleObjects(0, nullptr, FALSE, milliseconds - spent, QS_ALLINPUT);
+        WaitForInput(milliseconds - spent);
     }
 }
 
