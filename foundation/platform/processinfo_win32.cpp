@@ -1,15 +1,14 @@
-#include <objbase.h>
 #include <windows.h>
 
-#include <shellapi.h>
-
-// After windows.h, which it needs.
+// After windows.h, which they need.
+#include <ntsecapi.h>
 #include <tlhelp32.h>
 
 #include <csignal>
 #include <string>
 
 #include "foundation/commandlinetext.h"
+#include "foundation/platform/lateload_win32.h"
 #include "foundation/platform/processinfo.h"
 #include "foundation/stringlist.h"
 
@@ -30,13 +29,20 @@ bool PlatformGetModuleFileName(clString& path) {
     return true;
 }
 
-bool PlatformCreateGuid(unsigned char bytes[16]) {
-    GUID guid;
-    if (CoCreateGuid(&guid) != S_OK) return false;
-    const auto* p = reinterpret_cast<const unsigned char*>(&guid);
-    for (int i = 0; i < 16; ++i) bytes[i] = p[i];
-    return true;
+// The system's random bytes (what a version-4 GUID is made of), from
+// advapi32, which every program of ours loads anyway.
+bool PlatformCreateGuid(unsigned char bytes[16]) { return RtlGenRandom(bytes, 16) != FALSE; }
+
+namespace {
+
+HINSTANCE ShellOpen(const wchar_t* file, const wchar_t* arguments) {
+    static const auto shellExecute =
+        LateProc<HINSTANCE(WINAPI*)(HWND, LPCWSTR, LPCWSTR, LPCWSTR, LPCWSTR, INT)>(L"shell32.dll", "ShellExecuteW");
+    if (shellExecute == nullptr) return nullptr;
+    return shellExecute(nullptr, L"open", file, arguments, nullptr, SW_SHOWNORMAL);
 }
+
+}  // namespace
 
 bool PlatformStartProcess(const clString& program, const clStringList& arguments) {
     // Our programs read their raw command line with the option parser, so
@@ -55,8 +61,7 @@ bool PlatformStartProcess(const clString& program, const clStringList& arguments
 }
 
 bool PlatformOpenDocument(const clString& pathOrAddress) {
-    auto result = reinterpret_cast<intptr_t>(ShellExecuteW(nullptr, L"open", reinterpret_cast<LPCWSTR>(pathOrAddress.text),
-                                                          nullptr, nullptr, SW_SHOWNORMAL));
+    auto result = reinterpret_cast<intptr_t>(ShellOpen(reinterpret_cast<LPCWSTR>(pathOrAddress.text), nullptr));
     return result > 32;
 }
 
@@ -66,8 +71,7 @@ bool PlatformShowInFolder(const clString& path) {
     if (length == 0 || length >= MAX_PATH) return false;
     std::wstring explorer = std::wstring(windows) + L"\\Explorer.exe";
     std::wstring arguments = L" /n, /e, /select, \"" + std::wstring(reinterpret_cast<const wchar_t*>(path.text)) + L"\"";
-    auto result = reinterpret_cast<intptr_t>(
-        ShellExecuteW(nullptr, L"open", explorer.c_str(), arguments.c_str(), nullptr, SW_SHOWNORMAL));
+    auto result = reinterpret_cast<intptr_t>(ShellOpen(explorer.c_str(), arguments.c_str()));
     return result > 32;
 }
 
@@ -86,8 +90,15 @@ bool PlatformGetEnvironment(const char16_t* name, clString& value) {
 }
 
 const char16_t* PlatformExecutableSuffix() { return u".exe"; }
-void PlatformInitializeComponents() { CoInitialize(nullptr); }
-void PlatformUninitializeComponents() { CoUninitialize(); }
+void PlatformInitializeComponents() {
+    static const auto initialize = LateProc<HRESULT(WINAPI*)(LPVOID)>(L"ole32.dll", "CoInitialize");
+    if (initialize != nullptr) initialize(nullptr);
+}
+
+void PlatformUninitializeComponents() {
+    static const auto uninitialize = LateProc<void(WINAPI*)()>(L"ole32.dll", "CoUninitialize");
+    if (uninitialize != nullptr) uninitialize();
+}
 
 namespace {
 

@@ -106,7 +106,11 @@ bool PlatformStartWorker(const clString& commandLine, clPipeHandle outWrite, clP
         startup.hStdInput = inheritIn;
         PROCESS_INFORMATION info{};
         clString line(commandLine);
-        if (CreateProcessW(nullptr, reinterpret_cast<LPWSTR>(line.text), nullptr, nullptr, TRUE, 0x08000020, nullptr,
+        // DETACHED_PROCESS | NORMAL_PRIORITY_CLASS: the worker talks through
+        // its pipes and needs no console. A hidden one of its own
+        // (CREATE_NO_WINDOW) costs a console host process per worker, under
+        // Wine a whole second program start per file.
+        if (CreateProcessW(nullptr, reinterpret_cast<LPWSTR>(line.text), nullptr, nullptr, TRUE, 0x00000028, nullptr,
                            nullptr, &startup, &info)) {
             *process = reinterpret_cast<clProcessHandle>(info.hProcess);
             *thread = reinterpret_cast<clThreadHandle>(info.hThread);
