@@ -167,12 +167,28 @@ struct Encoder : qvc::EncoderBase {
     }
 
     bool Encode(const qv_audio_block& block) {
-        size_t count = static_cast<size_t>(block.frames) * channels;
-        buffer.resize(count);
+        // Right-justified for libFLAC and split into one run per channel in
+        // the same pass: handed over interleaved, libFLAC would split them
+        // once more, sample by sample.
+        const size_t frames = block.frames;
+        buffer.resize(frames * channels);
         const auto* in = static_cast<const int32_t*>(block.samples);
         const int shift = 32 - static_cast<int>(bits);
-        for (size_t i = 0; i < count; ++i) buffer[i] = in[i] >> shift;  // right-justified for libFLAC
-        if (!FLAC__stream_encoder_process_interleaved(flac.get(), buffer.data(), block.frames)) {
+        FLAC__int32* runs[8];
+        for (uint32_t c = 0; c < channels; ++c) runs[c] = buffer.data() + c * frames;
+        if (channels == 2) {
+            FLAC__int32* left = runs[0];
+            FLAC__int32* right = runs[1];
+            for (size_t i = 0; i < frames; ++i) {
+                left[i] = in[2 * i] >> shift;
+                right[i] = in[2 * i + 1] >> shift;
+            }
+        } else {
+            for (size_t i = 0; i < frames; ++i, in += channels) {
+                for (uint32_t c = 0; c < channels; ++c) runs[c][i] = in[c] >> shift;
+            }
+        }
+        if (!FLAC__stream_encoder_process(flac.get(), runs, block.frames)) {
             FLAC__StreamEncoderState state = FLAC__stream_encoder_get_state(flac.get());
             return Fail(state == FLAC__STREAM_ENCODER_VERIFY_MISMATCH_IN_AUDIO_DATA
                             ? "verification found a difference in the encoded audio"
