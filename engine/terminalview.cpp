@@ -122,7 +122,7 @@ clTerminalIo clTerminalIo::Process() {
     // Shared by every view of the process, and never freed: the reading
     // thread may outlive them all.
     static InputLines* input = new InputLines;
-    io.readLine = [](std::string& line, bool wait) { return input->Next(line, wait); };
+    io.readLine = [](std::string& line, bool blocking) { return input->Next(line, blocking); };
     io.interruptCount = PlatformInterruptCount;
     io.terminationSignal = PlatformTerminationSignal;
     io.wait = [](clConversion& conversion, uint32_t milliseconds) { conversion.WaitForWork(milliseconds); };

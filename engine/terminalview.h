@@ -37,10 +37,10 @@ struct clTerminalIo {
     std::function<void(const std::string& utf8)> write;
     // Standard error: the errors of a run, and nothing else.
     std::function<void(const std::string& utf8)> writeError;
-    // A line the user typed. With `wait` it blocks until one comes; without,
-    // it answers false at once when none is waiting. False also at the end
-    // of input.
-    std::function<bool(std::string& line, bool wait)> readLine;
+    // A line the user typed. When `blocking`, it waits until one comes;
+    // otherwise it answers false at once when none is waiting. False also
+    // at the end of input.
+    std::function<bool(std::string& line, bool blocking)> readLine;
     std::function<uint32_t()> interruptCount;
     // The signal of a request to end (15 or 1), 0 while none came.
     std::function<int()> terminationSignal;
