@@ -420,7 +420,7 @@ void frmConverting::WatchWork() {
         if (polling) KillTimerEx(kTimerEarly);
         polling = false;
     } else {
-        ToolkitWatch(windowHandle, nullptr, 0, 0);
+        EndWatch();
         if (!polling) SetTimerEx(5, 0, kTimerEarly);
         polling = true;
     }

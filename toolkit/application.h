@@ -36,7 +36,8 @@ QV_TOOLKIT_API void ToolkitProcessFor(uint32_t milliseconds);
 // `message` is posted to the window. One watch for the whole program: a
 // new one replaces the last; a count of 0 ends it. The loops above keep
 // it; a loop of the system's own (a window being dragged on Windows) may
-// not look at it until it ends.
+// not look at it until it ends. Windows watches the first 63 only: what
+// lies beyond waits for the caller's own timer.
 QV_TOOLKIT_API void ToolkitWatch(clWindowHandle window, const intptr_t* waitables, int32_t count, uint32_t message);
 
 // The desktop's working area, in screen pixels.
