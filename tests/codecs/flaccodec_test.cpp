@@ -176,6 +176,49 @@ TEST_F(FlacCodec, EncoderOutputPassesTheReferenceTestAndDecodesBitExact) {
     }
 }
 
+namespace {
+
+// Where a FLAC file's first frame starts: behind "fLaC" and its metadata
+// blocks; npos when the blocks don't add up.
+size_t FirstFrame(const std::string& file) {
+    size_t at = 4;
+    for (;;) {
+        if (at + 4 > file.size()) return std::string::npos;
+        unsigned char head = static_cast<unsigned char>(file[at]);
+        size_t length = (static_cast<size_t>(static_cast<unsigned char>(file[at + 1])) << 16) |
+                        (static_cast<size_t>(static_cast<unsigned char>(file[at + 2])) << 8) |
+                        static_cast<unsigned char>(file[at + 3]);
+        at += 4 + length;
+        if ((head & 0x80) != 0) return at <= file.size() ? at : std::string::npos;
+    }
+}
+
+}  // namespace
+
+// The encoder writes its output in chunks and completes the stream header
+// at the end by going back to it. On a file of several chunks, the header
+// (sizes, sample count, MD5) and every frame must be what the reference
+// encoder writes itself.
+TEST_F(FlacCodec, AnOutputOfManyWriteChunksIsTheReferenceEncodersFrameForFrame) {
+    std::string data = Samples(2u * 700000u, 16);  // noise: about 2.8 MB of frames
+    ASSERT_TRUE(WriteBytes(dir.File(u"in.wav"), Wave(2, 44100, 16, data)));
+    std::u16string log = Convert(u"in.wav", u"out.flac", u"FLAC");
+    ASSERT_EQ(Tool(u"/usr/bin/flac",
+                   {clString(u"-s"), clString(u"-f"), clString(u"-5"), clString(u"-o"), dir.File(u"ref.flac"),
+                    dir.File(u"in.wav")}),
+              0);
+    std::string ours = ReadBytes(dir.File(u"out.flac"));
+    std::string reference = ReadBytes(dir.File(u"ref.flac"));
+    ASSERT_GT(ours.size(), 2u << 20) << std::string(log.begin(), log.end());
+    // STREAMINFO is the first block, 34 bytes behind its header.
+    EXPECT_EQ(ours.substr(8, 34), reference.substr(8, 34));
+    size_t ourFrames = FirstFrame(ours);
+    size_t referenceFrames = FirstFrame(reference);
+    ASSERT_NE(ourFrames, std::string::npos);
+    ASSERT_NE(referenceFrames, std::string::npos);
+    EXPECT_TRUE(ours.compare(ourFrames, std::string::npos, reference, referenceFrames) == 0);
+}
+
 TEST_F(FlacCodec, TagsMultipleValuesAndPicturesSurviveFlacToFlac) {
     ASSERT_TRUE(WriteBytes(dir.File(u"in.wav"), Wave(2, 44100, 16, Samples(20000, 16))));
     std::string picture = std::string("\x89PNG\r\n\x1a\n", 8) + std::string(5000, 'p');
