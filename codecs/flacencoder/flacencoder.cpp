@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <new>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "codecs/common/vorbiscomments.h"
@@ -175,6 +176,7 @@ struct Encoder : qvc::EncoderBase {
     std::vector<FLAC__StreamMetadata*> metadata;  // the encoder reads them until it is finished
     Output output;
     std::string path;
+    std::string firstTags;  // the tag block the file was begun with
     uint32_t channels = 0;
     uint32_t bits = 16;
     std::vector<FLAC__int32> buffer;
@@ -218,6 +220,8 @@ struct Encoder : qvc::EncoderBase {
         if (record.totalFrames != 0) FLAC__stream_encoder_set_total_samples_estimate(flac.get(), record.totalFrames);
         std::string fault;
         metadata = TagBlocks(record.tags, record.tagsSize, fault);
+        firstTags.assign(record.tags != nullptr ? static_cast<const char*>(record.tags) : "",
+                         record.tags != nullptr ? record.tagsSize : 0);
         if (!fault.empty()) {
             error = qvc::FromBytes(fault);
             Release();
@@ -324,7 +328,11 @@ struct Encoder : qvc::EncoderBase {
                             : "the output file can't be finished (is the disk full?)");
         }
         error.clear();
-        if (record.tags != nullptr && !RewriteTags(record.tags, record.tagsSize)) {
+        // Tags the file already has need no second writing: that would
+        // open and read the file again for nothing.
+        bool sameTags = record.tags != nullptr &&
+                        std::string_view(static_cast<const char*>(record.tags), record.tagsSize) == firstTags;
+        if (record.tags != nullptr && !sameTags && !RewriteTags(record.tags, record.tagsSize)) {
             return !error.empty() ? false : Fail("the final tags can't be written");
         }
         return true;
