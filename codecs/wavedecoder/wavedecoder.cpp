@@ -26,7 +26,9 @@
 
 namespace {
 
-constexpr uint32_t kFramesPerBlock = 16384;
+// Small enough that a block, its samples and what the encoder makes of
+// them stay in a core's own cache while two conversions run side by side.
+constexpr uint32_t kFramesPerBlock = 4096;
 constexpr uint16_t kFormatPcm = 1;
 constexpr uint16_t kFormatFloat = 3;
 constexpr uint16_t kFormatExtensible = 0xFFFE;
