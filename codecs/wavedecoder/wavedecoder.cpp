@@ -17,11 +17,10 @@
 #include "codecs/common/codecsupport.h"
 
 #ifdef QVC_WAVE_ID3
-#include <taglib/aifffile.h>
-#include <taglib/wavfile.h>
-
-#include "codecs/common/codecfiles.h"
-#include "codecs/common/id3tags.h"
+#include "waveid3.h"
+#ifdef QVC_WAVE_ID3_MODULE
+#include <dlfcn.h>
+#endif
 #endif
 
 namespace {
@@ -314,23 +313,12 @@ struct Decoder : qvc::DecoderBase {
 
     // The ID3v2 tag of the file, read by TagLib; its tags replace those of
     // the same name from the format's own texts.
-    void ReadId3(const qv_char* name) {
+    bool ReadId3(const qv_char* name) {
 #ifdef QVC_WAVE_ID3
-        qvc::NativeName path = qvc::Native(name);
+        qvc_read_wave_id3_fn read = Id3Reader();
+        if (read == nullptr) return Fail(Id3ReaderError());
         std::vector<qvc::Tag> found;
-        if (container == Container::Aiff) {
-            TagLib::RIFF::AIFF::File aiff(path.c_str(), false);
-            if (aiff.isValid() && aiff.hasID3v2Tag()) {
-                found = qvc::TagsFromProperties(aiff.tag()->properties());
-                qvc::AddId3Pictures(*aiff.tag(), found);
-            }
-        } else {
-            TagLib::RIFF::WAV::File wav(path.c_str(), false);
-            if (wav.isValid() && wav.hasID3v2Tag()) {
-                found = qvc::TagsFromProperties(wav.ID3v2Tag()->properties());
-                qvc::AddId3Pictures(*wav.ID3v2Tag(), found);
-            }
-        }
+        read(name, container == Container::Aiff ? 1 : 0, &AddFound, &found);
         for (qvc::Tag& tag : found) {
             auto same = std::find_if(tags.begin(), tags.end(), [&tag](const qvc::Tag& t) { return t.name == tag.name; });
             if (same != tags.end() && tag.name != u"picture") {
@@ -342,13 +330,53 @@ struct Decoder : qvc::DecoderBase {
 #else
         (void)name;
 #endif
+        return true;
     }
+
+#ifdef QVC_WAVE_ID3
+    static void AddFound(void* context, const char16_t* name, size_t nameLength, const char16_t* value,
+                         size_t valueLength, const char* binary, size_t binaryLength) {
+        static_cast<std::vector<qvc::Tag>*>(context)->push_back(
+            {std::u16string(name, nameLength), std::u16string(value, valueLength), std::string(binary, binaryLength)});
+    }
+#ifdef QVC_WAVE_ID3_MODULE
+    // The reader library beside this decoder, loaded on the first file
+    // that needs it and kept for as long as the process runs.
+    struct Id3Library {
+        qvc_read_wave_id3_fn read = nullptr;
+        std::string error;
+        Id3Library() {
+            Dl_info self{};
+            if (::dladdr(reinterpret_cast<void*>(&AddFound), &self) == 0 || self.dli_fname == nullptr) {
+                error = "the decoder can't tell its own folder";
+                return;
+            }
+            std::string path = self.dli_fname;
+            path = path.substr(0, path.find_last_of('/') + 1) + "Wave/id3.so";
+            void* library = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+            if (library != nullptr) read = reinterpret_cast<qvc_read_wave_id3_fn>(::dlsym(library, QVC_READ_WAVE_ID3));
+            if (read == nullptr) {
+                const char* why = ::dlerror();
+                error = "the file's ID3 tag can't be read: " + (why != nullptr ? std::string(why) : path);
+            }
+        }
+    };
+    static const Id3Library& Library() {
+        static const Id3Library library;
+        return library;
+    }
+    static qvc_read_wave_id3_fn Id3Reader() { return Library().read; }
+    static const std::string& Id3ReaderError() { return Library().error; }
+#else
+    static qvc_read_wave_id3_fn Id3Reader() { return &qvc_read_wave_id3; }
+    static std::string Id3ReaderError() { return std::string(); }
+#endif
+#endif
 
     bool Open(const qv_char* name) {
         hasId3 = false;
         if (!OpenContainer(name)) return false;
-        if (hasId3) ReadId3(name);
-        return true;
+        return !hasId3 || ReadId3(name);
     }
 
     bool OpenContainer(const qv_char* name) {

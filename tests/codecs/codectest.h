@@ -38,6 +38,11 @@ protected:
     // Converts one file of the test folder with the worker; its report lines.
     std::u16string Convert(const char16_t* from, const char16_t* to, const char16_t* encoder,
                            const char16_t* options = u"") {
+        return ConvertWith(BinPath(u"ConvertWorker"), from, to, encoder, options);
+    }
+    // The same with a worker of another installation.
+    std::u16string ConvertWith(const clString& worker, const char16_t* from, const char16_t* to,
+                               const char16_t* encoder, const char16_t* options = u"") {
         std::u16string command = u" -infile=\"" + std::u16string(dir.File(from).text) + u"\" -outfile=\"" +
                                  std::u16string(dir.File(to).text) + u"\" -convert_to=\"" + encoder +
                                  u"\" -evtquit=\"\" -evtwatchdog=\"\" -batchid=\"1\" " + options;
@@ -45,7 +50,7 @@ protected:
         clStringList arguments;
         arguments.Add(clString(u"-qvcmd=", dir.File(u"cmd").text));
         int exitCode = -1;
-        EXPECT_TRUE(PlatformRunProcess(BinPath(u"ConvertWorker"), arguments, dir.File(u"log"), &exitCode));
+        EXPECT_TRUE(PlatformRunProcess(worker, arguments, dir.File(u"log"), &exitCode));
         return FromPipeText(ReadBytes(dir.File(u"log")));
     }
 };

@@ -215,23 +215,6 @@ TEST_F(WaveCodec, AiffEncoderRoundTripsEveryDepthAndFloat) {
 
 namespace {
 
-// An ID3v2.4 tag with UTF-8 text frames.
-std::string Id3Tag(const std::vector<std::pair<const char*, std::string>>& frames) {
-    auto syncsafe = [](std::string& out, size_t value) {
-        for (int shift = 21; shift >= 0; shift -= 7) out.push_back(static_cast<char>((value >> shift) & 0x7F));
-    };
-    std::string body;
-    for (const auto& [id, text] : frames) {
-        body += id;
-        syncsafe(body, text.size() + 1);
-        body += std::string("\0\0\x03", 3) + text;
-    }
-    std::string tag = "ID3";
-    tag += std::string("\x04\0\0", 3);
-    syncsafe(tag, body.size());
-    return tag + body;
-}
-
 // An AIFF file with one more chunk at its end.
 std::string WithAiffChunk(std::string aiff, const char* id, const std::string& body) {
     aiff += std::string(id, 4);

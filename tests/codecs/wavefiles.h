@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstdint>
 #include <string>
+#include <utility>
+#include <vector>
 
 inline void Le(std::string& out, uint64_t value, int bytes) {
     for (int i = 0; i < bytes; ++i) out.push_back(static_cast<char>((value >> (8 * i)) & 0xFF));
@@ -72,4 +74,21 @@ inline std::string ToneWave(int n, double seconds) {
         Le(data, static_cast<uint16_t>(s), 2);
     }
     return Riff(FormatBody(1, 2, rate, 2, 16, false, 0), data);
+}
+
+// An ID3v2.4 tag with UTF-8 text frames.
+inline std::string Id3Tag(const std::vector<std::pair<const char*, std::string>>& frames) {
+    auto syncsafe = [](std::string& out, size_t value) {
+        for (int shift = 21; shift >= 0; shift -= 7) out.push_back(static_cast<char>((value >> shift) & 0x7F));
+    };
+    std::string body;
+    for (const auto& [id, text] : frames) {
+        body += id;
+        syncsafe(body, text.size() + 1);
+        body += std::string("\0\0\x03", 3) + text;
+    }
+    std::string tag = "ID3";
+    tag += std::string("\x04\0\0", 3);
+    syncsafe(tag, body.size());
+    return tag + body;
 }
