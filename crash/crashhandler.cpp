@@ -2,7 +2,6 @@
 
 #include <cstdlib>
 
-#include "crash/dlgcrashreport.h"
 #include "foundation/commandoptions.h"
 #include "foundation/folders.h"
 #include "foundation/pathtext.h"
@@ -74,15 +73,12 @@ clString ChooseCrashDumpName(const clString& folder, uint32_t processId) {
     return clString();
 }
 
-void InstallCrashHandler(const clString& baseFolder, void (*beforeReport)()) {
+void InstallCrashHandler(const clString& baseFolder, void (*showReport)(const clString& record)) {
     clCommandOptions options;
     options.ParseProcessCommandLine();
     if (options.Has(u"crashed")) {
         clString record = ReportedRecord(baseFolder, options.Get(u"crashed"));
-        if (PathExists(record)) {
-            if (beforeReport != nullptr) beforeReport();
-            dlgCrashReport report(record);
-        }
+        if (PathExists(record) && showReport != nullptr) showReport(record);
         std::exit(0);
     }
     clString folder(baseFolder);

@@ -18,10 +18,10 @@ clString CrashBaseFolder();
 // free (a folder holding thousands of records of one id).
 clString ChooseCrashDumpName(const clString& folder, uint32_t processId);
 
-// In a report instance (a "-crashed" switch, in any case) shows the report
-// for the record named, if it exists, and ends the process with exit code
-// 0; `beforeReport`, when given, runs first (the test script's answers).
-// Otherwise chooses the record's name and installs the handler. The tests
-// of this path set QUILLOTONE_TEST_CRASH to "fault" or "stack", and the
-// program then crashes in that way as soon as the handler stands.
-void InstallCrashHandler(const clString& baseFolder, void (*beforeReport)() = nullptr);
+// In a report instance (a "-crashed" switch, in any case) hands the record
+// named, if it exists, to `showReport` (which shows dlgCrashReport) and
+// ends the process with exit code 0. Otherwise chooses the record's name
+// and installs the handler. The tests of this path set
+// QUILLOTONE_TEST_CRASH to "fault" or "stack", and the program then
+// crashes in that way as soon as the handler stands.
+void InstallCrashHandler(const clString& baseFolder, void (*showReport)(const clString& record));

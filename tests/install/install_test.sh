@@ -19,9 +19,19 @@ grep -q "audio/flac;" "$entry" && grep -q "audio/mpeg;" "$entry" || { echo "audi
 [ -f "$prefix/share/icons/hicolor/scalable/apps/quillotone-trackconverter.svg" ] || { echo "no icon"; exit 1; }
 [ -x "$prefix/lib/quillotone/TrackConverter" ] && [ -x "$prefix/lib/quillotone/ConvertWorker" ] || { echo "programs missing"; exit 1; }
 
-# qvt through its link converts with the installed program folder.
+[ -f "$prefix/lib/quillotone/decoder/Wave/id3.so" ] || { echo "the Wave decoder's ID3 reader is missing"; exit 1; }
+
+# The installed program loads its windows from the forms module beside it
+# (a window stage: no files given, so it would ask for them).
 work="$prefix/work"
 mkdir -p "$work"
+LD_DEBUG=files LD_DEBUG_OUTPUT="$work/loader" QT_QPA_PLATFORM=offscreen QUILLOTONE_CONFIG_DIR="$work/config" \
+  QUILLOTONE_NONINTERACTIVE=1 "$prefix/lib/quillotone/TrackConverter" </dev/null >/dev/null 2>&1 || true
+cat "$work"/loader.* | grep -q "calling init: $prefix/lib/quillotone/libqv_forms.so" ||
+  { echo "the installed program can't load its windows"; exit 1; }
+rm -f "$work"/loader.*
+
+# qvt through its link converts with the installed program folder.
 export QUILLOTONE_CONFIG_DIR="$work/config" QUILLOTONE_NONINTERACTIVE=1
 # In the sanitizer build, the resampling library's OpenMP runtime leaves a
 # few bytes behind when it is unloaded; leaks are the suites' business,

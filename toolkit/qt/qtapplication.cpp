@@ -12,10 +12,8 @@
 #include <QScreen>
 #include <QSocketNotifier>
 #include <QVector>
-#include <cstdlib>
-#include <string>
-#include <sys/stat.h>
 
+#include "foundation/platform/display.h"
 #include "toolkit/application.h"
 #include "toolkit/controls.h"
 #include "toolkit/qt/qtcanvas.h"
@@ -38,34 +36,9 @@ void EndWatch() {
     watchers.clear();
 }
 
-bool Exists(const std::string& path) {
-    struct stat status {};
-    return stat(path.c_str(), &status) == 0;
-}
-
-const char* Env(const char* name) {
-    const char* value = std::getenv(name);
-    return value != nullptr && value[0] != 0 ? value : nullptr;
-}
-
 }  // namespace
 
-// A local X display is there when its socket is; Qt would end the
-// process if it could not reach the display it was told of.
-bool ToolkitHasDisplay() {
-    if (Env("QT_QPA_PLATFORM") != nullptr) return true;
-    if (const char* wayland = Env("WAYLAND_DISPLAY")) {
-        if (wayland[0] == '/') return Exists(wayland);
-        const char* runtime = Env("XDG_RUNTIME_DIR");
-        if (runtime != nullptr && Exists(std::string(runtime) + "/" + wayland)) return true;
-    }
-    const char* display = Env("DISPLAY");
-    if (display == nullptr) return false;
-    std::string name(display);
-    if (name[0] != ':') return true;  // a remote display: Qt will say if it can't be reached
-    std::string number = name.substr(1, name.find('.') == std::string::npos ? std::string::npos : name.find('.') - 1);
-    return Exists("/tmp/.X11-unix/X" + number);
-}
+bool ToolkitHasDisplay() { return PlatformHasDisplay(); }
 
 bool ToolkitStartWith(XMainThreadSync* sync) {
     if (QApplication::instance() == nullptr) {
