@@ -16,6 +16,12 @@
 #include <utility>
 #include <vector>
 
+#ifndef _WIN32
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
+
 #include "codecs/common/optionspec.h"
 
 #include "plugins/quillotone_plugin.h"
@@ -157,11 +163,29 @@ inline FILE* OpenFile(const qv_char* name, const char* mode) {
     for (int i = 0; i < 3 && mode[i] != 0; ++i) wideMode[i] = static_cast<wchar_t>(mode[i]);
     return _wfopen(reinterpret_cast<const wchar_t*>(name), wideMode);
 }
+inline FILE* OpenOutput(const qv_char* name, bool readBack) { return OpenFile(name, readBack ? "w+b" : "wb"); }
 inline bool Seek(FILE* file, uint64_t offset) { return _fseeki64(file, static_cast<int64_t>(offset), SEEK_SET) == 0; }
 inline int64_t Tell(FILE* file) { return _ftelli64(file); }
 #else
 inline FILE* OpenFile(const qv_char* name, const char* mode) {
     return std::fopen(FileName(std::u16string(name)).c_str(), mode);
+}
+// An encoder's output, created or emptied, for writing (and reading back
+// with `readBack`). The worker has made the file already, empty, to hold
+// its name: opening it with O_TRUNC all the same would have ext4 write it
+// out at its close (its guard for files rewritten in place), a millisecond
+// and more of the worker's time on every file. So only a file that holds
+// something is cut.
+inline FILE* OpenOutput(const qv_char* name, bool readBack) {
+    int fd = ::open(FileName(std::u16string(name)).c_str(), (readBack ? O_RDWR : O_WRONLY) | O_CREAT | O_CLOEXEC, 0666);
+    if (fd < 0) return nullptr;
+    struct stat status {};
+    FILE* file = nullptr;
+    if (::fstat(fd, &status) == 0 && (status.st_size == 0 || ::ftruncate(fd, 0) == 0)) {
+        file = ::fdopen(fd, readBack ? "w+b" : "wb");
+    }
+    if (file == nullptr) ::close(fd);
+    return file;
 }
 inline bool Seek(FILE* file, uint64_t offset) { return fseeko(file, static_cast<off_t>(offset), SEEK_SET) == 0; }
 inline int64_t Tell(FILE* file) { return ftello(file); }

@@ -100,7 +100,7 @@ void DeleteBlocks(std::vector<FLAC__StreamMetadata*>& blocks) {
 class Output {
 public:
     bool Open(const qv_char* name) {
-        file.reset(qvc::OpenFile(name, "w+b"));
+        file.reset(qvc::OpenOutput(name, true));
         if (file == nullptr) return false;
         // Whole chunks go to the file; a second buffer would only copy.
         std::setvbuf(file.get(), nullptr, _IONBF, 0);

@@ -103,7 +103,7 @@ struct Encoder : qvc::EncoderBase {
         lame_set_bWriteVbrTag(lame.get(), 1);
         if (lame_init_params(lame.get()) < 0) return Fail("LAME can't encode this rate with these settings");
         path = qvc::Native(record.outputPath);
-        file.reset(qvc::OpenFile(record.outputPath, "wb"));
+        file.reset(qvc::OpenOutput(record.outputPath, false));
         if (file == nullptr) return Fail("the output file can't be created");
         tags = qvc::ReadTagBlock(record.tags, record.tagsSize);
         format.acceptedTypes = QV_SAMPLES_FLOAT32;

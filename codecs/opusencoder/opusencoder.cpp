@@ -73,7 +73,7 @@ struct Encoder : qvc::EncoderBase {
         }
         beginTags.assign(static_cast<const char*>(record.tags), record.tagsSize);
         path = qvc::Native(record.outputPath);
-        file.reset(qvc::OpenFile(record.outputPath, "wb"));
+        file.reset(qvc::OpenOutput(record.outputPath, false));
         if (file == nullptr) return Fail("the output file can't be created");
         OpusEncCallbacks callbacks = {WriteToFile, CloseFile};
         int rc = 0;

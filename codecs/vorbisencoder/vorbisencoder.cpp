@@ -119,7 +119,7 @@ struct Encoder : qvc::EncoderBase {
         ogg_stream_init(&stream, std::rand());
         started = true;
         path = qvc::Native(record.outputPath);
-        file.reset(qvc::OpenFile(record.outputPath, "wb"));
+        file.reset(qvc::OpenOutput(record.outputPath, false));
         if (file == nullptr) return Fail("the output file can't be created");
         ogg_packet identification, commentPacket, codebooks;
         vorbis_analysis_headerout(&dsp, &comment, &identification, &commentPacket, &codebooks);

@@ -60,7 +60,7 @@ struct Encoder : qvc::UncompressedWriter {
         channelMask = format.channelMask;
         if (channels == 0 || rate == 0) return Fail("the stream has no channels or no rate");
         if (const char* wrong = qvc::ChooseLayout(record, layout)) return Fail(wrong);
-        file.reset(qvc::OpenFile(record.outputPath, "wb"));
+        file.reset(qvc::OpenOutput(record.outputPath, false));
         if (file == nullptr) return Fail("the output file can't be created");
         std::string head = "RIFF";
         qvc::PutU32(head, 0);
