@@ -218,14 +218,23 @@ def schedule_figures(bench, folder):
     return statistics.median(gaps), gaps[int(len(gaps) * 0.9)], (qvt_end[-1] - ends[-1]) * 1000
 
 
+def encoder_open(line):
+    """True for a traced openat that creates a file without EXCL or NOFOLLOW."""
+    match = re.search(r"flags: (\S+)", line)
+    flags = match.group(1).rstrip(",").split("|") if match else []
+    return "CREAT" in flags and "EXCL" not in flags and "NOFOLLOW" not in flags
+
+
 def trace_ms(argv, output, env, rounds=15):
     """Medians of ms from exec to the output's open (the first openat with
-    CREAT and TRUNC: the file the encoder writes, opened once the source is
-    read and the encoder set up, the moment its first block can be encoded)
-    and from exec to the end of the process (its last task's exit), from
-    the kernel's events (perf trace: no stops, unlike a ptrace tool). The
-    open, not the first write: an encoder that gathers its output writes
-    nothing until much later."""
+    CREAT, but neither EXCL, with which the worker reserves the temporary
+    output's name, nor NOFOLLOW, with which the settings store opens its
+    files: the file the encoder writes, opened once the source is read and
+    the encoder set up, the moment its first block can be encoded) and from
+    exec to the end of the process (its last task's exit), from the
+    kernel's events (perf trace: no stops, unlike a ptrace tool). The open,
+    not the first write: an encoder that gathers its output writes nothing
+    until much later."""
     trace = output + ".trace"
     opens, ends = [], []
     for _ in range(rounds):
@@ -243,7 +252,7 @@ def trace_ms(argv, output, env, rounds=15):
                 start = float(fields[0])
             elif start is not None and "sched:sched_process_exit" in line:
                 end = float(fields[0])
-            elif start is not None and opened is None and "openat(" in line and re.search(r"flags: \S*CREAT\S*TRUNC", line):
+            elif start is not None and opened is None and "openat(" in line and encoder_open(line):
                 opened = float(fields[0])
         if start is not None and opened is not None and end is not None:
             opens.append(opened - start)
