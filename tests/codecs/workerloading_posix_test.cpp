@@ -6,15 +6,14 @@
 // reader fails such a file with a line that says so, leaving no output.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 
 #include "foundation/pathtext.h"
+#include "foundation/utf.h"
 #include "tests/codecs/codectest.h"
 #include "tests/codecs/wavefiles.h"
+#include "tests/support/loaderreport.h"
 
 namespace {
 
@@ -22,35 +21,14 @@ namespace fs = std::filesystem;
 
 class WorkerLoading : public CodecTest {
 protected:
-    fs::path Folder() const { return fs::path(Utf8(dir.Path())); }
-
-    static std::string Utf8(const clString& text) {
-        std::string out;
-        for (const char16_t* p = text.text; *p != 0; ++p) out.push_back(static_cast<char>(*p));  // test paths are ASCII
-        return out;
-    }
+    fs::path Folder() const { return fs::path(StringToUtf8(dir.Path())); }
 
     // Converts with the dynamic loader reporting every library it opens;
     // the report.
-    std::string Loaded(const clString& worker, const char16_t* from, const char16_t* to, const char16_t* encoder,
-                       std::u16string* log = nullptr) {
-        fs::path prefix = Folder() / "loader";
-        ::setenv("LD_DEBUG", "files", 1);
-        ::setenv("LD_DEBUG_OUTPUT", prefix.c_str(), 1);
-        std::u16string lines = ConvertWith(worker, from, to, encoder);
-        ::unsetenv("LD_DEBUG");
-        ::unsetenv("LD_DEBUG_OUTPUT");
-        if (log != nullptr) *log = lines;
-        std::string report;
-        for (const auto& entry : fs::directory_iterator(Folder())) {
-            if (entry.path().filename().string().rfind("loader.", 0) != 0) continue;
-            std::ifstream in(entry.path());
-            std::stringstream text;
-            text << in.rdbuf();
-            report += text.str();
-            fs::remove(entry.path());
-        }
-        return report;
+    std::string Loaded(const clString& worker, const char16_t* from, const char16_t* to, const char16_t* encoder) {
+        LoaderReport loader(Folder().string());
+        ConvertWith(worker, from, to, encoder);
+        return loader.Take();
     }
 };
 
@@ -85,7 +63,7 @@ TEST_F(WorkerLoading, OnlyAFileWithAnId3ChunkLoadsTagLib) {
 
 TEST_F(WorkerLoading, WithoutTheId3ReaderATaggedFileFailsAndSaysWhy) {
     // An installation of the worker and the Wave decoder and encoder only.
-    fs::path bin = fs::path(Utf8(BinPath(u"ConvertWorker"))).parent_path();
+    fs::path bin = fs::path(StringToUtf8(BinPath(u"ConvertWorker"))).parent_path();
     fs::path install = Folder() / "install";
     fs::create_directories(install / "decoder");
     fs::create_directories(install / "encoder");

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "foundation/platform/display.h"
+#include "foundation/utf.h"
 #include "tests/support/testfolder.h"
 
 namespace {
@@ -37,12 +38,6 @@ protected:
     }
 };
 
-std::string Narrow(const clString& text) {
-    std::string out;
-    for (const char16_t* p = text.text; *p != 0; ++p) out.push_back(static_cast<char>(*p));
-    return out;
-}
-
 }  // namespace
 
 TEST_F(Display, NamedPlatformsAndRemoteDisplaysCountLocalOnesNeedTheirSocket) {
@@ -60,7 +55,7 @@ TEST_F(Display, NamedPlatformsAndRemoteDisplaysCountLocalOnesNeedTheirSocket) {
 
 TEST_F(Display, AWaylandSocketCountsByPathOrInTheRuntimeFolder) {
     TestFolder dir;
-    std::string folder = Narrow(dir.Path());
+    std::string folder = StringToUtf8(dir.Path());
     std::ofstream(folder + "wayland-7").put('x');
     ::setenv("WAYLAND_DISPLAY", (folder + "wayland-7").c_str(), 1);
     EXPECT_TRUE(PlatformHasDisplay());
