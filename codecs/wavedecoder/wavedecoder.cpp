@@ -28,6 +28,9 @@ namespace {
 // Small enough that a block, its samples and what the encoder makes of
 // them stay in a core's own cache while two conversions run side by side.
 constexpr uint32_t kFramesPerBlock = 4096;
+// The file is read through a buffer of this size: one read call for
+// several blocks instead of two or three for each.
+constexpr size_t kReadBuffer = 64 * 1024;
 constexpr uint16_t kFormatPcm = 1;
 constexpr uint16_t kFormatFloat = 3;
 constexpr uint16_t kFormatExtensible = 0xFFFE;
@@ -56,6 +59,7 @@ double Extended(const unsigned char* p) {
 }
 
 struct Decoder : qvc::DecoderBase {
+    std::vector<char> readBuffer;  // the stream's buffer: it must outlive the stream
     qvc::OwnedFile file;
     Container container = Container::Wave;
     bool bigEndian = false;
@@ -70,6 +74,9 @@ struct Decoder : qvc::DecoderBase {
     uint64_t frames = 0;     // as the header declares them
     uint64_t available = 0;  // as the file holds them; fewer: the file is cut short
     uint64_t position = 0;
+    // Where the last block's bytes ended: the next block starts there
+    // unless a rewind moved it, and then no seek is needed.
+    uint64_t readEnd = UINT64_MAX;
     std::string encoderName;
     std::vector<qvc::Tag> tags;
     bool hasId3 = false;  // an ID3 chunk was seen
@@ -79,9 +86,11 @@ struct Decoder : qvc::DecoderBase {
 
     void Close() override { file.reset(); }
     bool ReadAt(uint64_t offset, void* buffer, size_t count) {
+        readEnd = UINT64_MAX;
         return qvc::Seek(file.get(), offset) && std::fread(buffer, 1, count, file.get()) == count;
     }
     uint64_t FileSize() {
+        readEnd = UINT64_MAX;
         if (std::fseek(file.get(), 0, SEEK_END) != 0) return 0;
         int64_t size = qvc::Tell(file.get());
         return size > 0 ? static_cast<uint64_t>(size) : 0;
@@ -388,6 +397,9 @@ struct Decoder : qvc::DecoderBase {
         position = 0;
         file.reset(qvc::OpenFile(name, "rb"));
         if (file == nullptr) return Fail("the file can't be opened");
+        readBuffer.resize(kReadBuffer);
+        std::setvbuf(file.get(), readBuffer.data(), _IOFBF, readBuffer.size());
+        readEnd = UINT64_MAX;
         uint64_t size = FileSize();
         unsigned char head[40] = {};
         if (size < 12 || !ReadAt(0, head, std::min<uint64_t>(size, 40))) return Fail("the file is too short");
@@ -470,10 +482,13 @@ struct Decoder : qvc::DecoderBase {
         size_t sampleCount = static_cast<size_t>(want) * channels;
         raw.resize(sampleCount * container_bytes);
         uint64_t offset = dataStart + position * channels * container_bytes;
-        if (!qvc::Seek(file.get(), offset) || std::fread(raw.data(), 1, raw.size(), file.get()) != raw.size()) {
+        if ((offset != readEnd && !qvc::Seek(file.get(), offset)) ||
+            std::fread(raw.data(), 1, raw.size(), file.get()) != raw.size()) {
+            readEnd = UINT64_MAX;
             error = qvc::FromAscii("the audio data can't be read");
             return -1;
         }
+        readEnd = offset + raw.size();
         const unsigned char* p = raw.data();
         if (isFloat) {
             floats.resize(sampleCount);
